@@ -1,0 +1,68 @@
+// The inventory of Internet Explorer's add-ons and settings: the record of a row, one scan per kind
+// and the removals.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "common/messages.h"
+#include "common/platform.h"
+#include "widgets/components.h"
+
+namespace tarvelin {
+
+// Where an add-on or setting lives.
+struct TIESec : TRecord {
+  std::wstring FilePath;      // the module as registered, unexpanded; empty without one
+  std::wstring RegLocation;   // key-form location, value-form on the settings page
+  std::wstring DefaultValue;  // what restoring a setting writes; empty on add-on rows
+};
+
+// Which of its removals RemoveAddon carries out; the numbers are those that the pages pass.
+enum class RemovalMode : int {
+  UnregisterHelperObject = 0,
+  DeleteValueAndFile = 1,
+  DeleteKey = 2,
+  DeleteContextEntry = 3,
+  DeleteExtraButton = 4,
+  UnregisterControl = 5,
+};
+
+// Fills the browser pages and removes what they list. A scan fills an empty list and leaves any
+// other alone; rows stand in the registry's order, one for each entry that passes the page's
+// filter. A value of the wrong type may end a scan with TRegistryError.
+class TScanIeBrowser {
+ public:
+  // `texts` is taken for the sake of its owner and not kept. The other objects must outlive this.
+  TScanIeBrowser(TPlatform& platform, const MessageLookup& messages,
+                 const std::vector<std::wstring>& texts);
+
+  void ScanDownloadedActiveX(TListView& list);
+  void ScanExtraButtons(TListView& list);
+  void ScanHelperObjects(TListView& list);
+  void ScanExplorerBars(TListView& list);
+  void ScanContextEntries(TListView& list);
+  void ScanToolbars(TListView& list);
+
+  // Carries out a removal. The removal string names what goes: file and location, location and
+  // file, or the location alone, separated by one "|". Returns -1 when DeleteValueAndFile found a
+  // file that it could not delete, else 0; nothing else is reported.
+  int RemoveAddon(RemovalMode mode, std::wstring_view removal);
+
+  // Fills the settings page from the table of watched settings.
+  void ScanIeSettings(TListView& list);
+
+  // Writes the default of every checked row and unchecks it; a row that cannot be written stays as
+  // it is. Returns how many were written.
+  int RestoreSettings(TListView& list);
+
+ private:
+  void UnregisterActiveX(std::wstring_view removal);
+  int RemoveValueAndFile(std::wstring_view removal);
+
+  TPlatform& platform_;
+  const MessageLookup& messages_;
+};
+
+}  // namespace tarvelin

@@ -1,0 +1,46 @@
+# Compiler settings shared by every target, and the function that makes a folder a library.
+
+add_library(tarvelin_options INTERFACE)
+target_include_directories(tarvelin_options INTERFACE "${CMAKE_SOURCE_DIR}")
+
+if(MSVC)
+  target_compile_options(tarvelin_options INTERFACE /W4 /utf-8 /permissive-)
+  if(TARVELIN_WARNINGS_AS_ERRORS)
+    target_compile_options(tarvelin_options INTERFACE /WX)
+  endif()
+else()
+  target_compile_options(tarvelin_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
+  if(TARVELIN_WARNINGS_AS_ERRORS)
+    target_compile_options(tarvelin_options INTERFACE -Werror)
+  endif()
+endif()
+
+if(TARVELIN_SANITIZE)
+  set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_compile_options(${sanitizers})
+  add_link_options(${sanitizers})
+endif()
+
+if(WIN32)
+  target_compile_definitions(tarvelin_options INTERFACE UNICODE _UNICODE WIN32_LEAN_AND_MEAN
+                             NOMINMAX STRICT _WIN32_WINNT=0x0601 WINVER=0x0601)
+endif()
+
+# tarvelin_library(NAME [DEPENDS folders...] [LIBRARIES targets...])
+function(tarvelin_library name)
+  cmake_parse_arguments(ARG "" "" "DEPENDS;LIBRARIES" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/${name}/*.cpp"
+       "${CMAKE_SOURCE_DIR}/${name}/*.h")
+  if(WIN32)
+    list(FILTER sources EXCLUDE REGEX "_posix\\.(cpp|h)$")
+  else()
+    list(FILTER sources EXCLUDE REGEX "_win\\.(cpp|h)$")
+  endif()
+  list(FILTER sources EXCLUDE REGEX "/main_win\\.cpp$")
+  add_library(tarvelin_${name} STATIC ${sources})
+  set_target_properties(tarvelin_${name} PROPERTIES LINKER_LANGUAGE CXX)
+  target_link_libraries(tarvelin_${name} PUBLIC tarvelin_options ${ARG_LIBRARIES})
+  foreach(dependency IN LISTS ARG_DEPENDS)
+    target_link_libraries(tarvelin_${name} PUBLIC tarvelin_${dependency})
+  endforeach()
+endfunction()

@@ -1,0 +1,177 @@
+// Registry locations and access: the one place that knows how a registry key is opened, read,
+// written and deleted, and what may never be deleted.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "common/errors.h"
+#include "common/text.h"
+
+namespace tarvelin {
+
+enum class RootKey { ClassesRoot, CurrentUser, LocalMachine, Users };
+
+// The type of a value as the scans distinguish it.
+enum class DataType { rdUnknown = 0, rdString = 1, rdExpandString = 2, rdInteger = 3, rdBinary = 4 };
+
+// The Windows type numbers of the values that are read as text or as an integer.
+inline constexpr std::uint32_t kRegSz = 1;
+inline constexpr std::uint32_t kRegExpandSz = 2;
+inline constexpr std::uint32_t kRegDword = 4;
+
+// The data of one value as the registry holds it: text is UTF-16 little endian, usually but not
+// always terminated.
+struct RegistryValue {
+  std::uint32_t type = 0;
+  Bytes data;
+};
+
+enum class RegistryAccess { Read, Full };
+
+// An open key; destroying it closes it. Names are passed and returned whole: a returned name may
+// hold any character, NUL included; a name passed in never holds NUL.
+class RegistryKey {
+ public:
+  virtual ~RegistryKey() = default;
+
+  // All subkey or value names in the platform's order (RegEnumKeyExW, RegEnumValueW). The unnamed
+  // value is listed as an empty name when it is set.
+  [[nodiscard]] virtual std::vector<std::wstring> SubkeyNames() const = 0;
+  [[nodiscard]] virtual std::vector<std::wstring> ValueNames() const = 0;
+
+  // The value of that name, "" being the unnamed value; nullopt when it is missing or unreadable
+  // (RegQueryValueExW).
+  [[nodiscard]] virtual std::optional<RegistryValue> Query(const std::wstring& name) const = 0;
+
+  // Creates or replaces a REG_SZ value (RegSetValueExW). False when the key was opened for reading
+  // or access is denied.
+  [[nodiscard]] virtual bool SetText(const std::wstring& name, std::wstring_view text) = 0;
+
+  // Deletes the value of that name (RegDeleteValueW). False when it is missing or denied.
+  [[nodiscard]] virtual bool RemoveValue(const std::wstring& name) = 0;
+};
+
+// The registry as a platform service, without policy. A path is relative to `base` when that is
+// given, else to `root`; it has no leading, trailing or doubled backslash and no NUL, and an empty
+// path means the base or the root itself.
+class RegistryBackend {
+ public:
+  virtual ~RegistryBackend() = default;
+
+  // The opened key, or null when it is missing or access is denied (RegOpenKeyExW). A registry
+  // link is followed.
+  [[nodiscard]] virtual std::unique_ptr<RegistryKey> Open(RootKey root, const RegistryKey* base,
+                                                          const std::wstring& path,
+                                                          RegistryAccess access) = 0;
+
+  // The opened key with full access, created with its missing parents if need be, or null when that
+  // is refused (RegCreateKeyExW).
+  [[nodiscard]] virtual std::unique_ptr<RegistryKey> Create(RootKey root, const RegistryKey* base,
+                                                            const std::wstring& path) = 0;
+
+  // Deletes the key and everything below it, subkeys first. A registry link is deleted itself and
+  // never followed, so what it points to stays. True when the key is gone. An empty path deletes
+  // nothing and returns false.
+  [[nodiscard]] virtual bool RemoveTree(RootKey root, const RegistryKey* base,
+                                        const std::wstring& path) = 0;
+};
+
+// A value of the wrong type, a missing integer or a write that failed; Detail() names the value.
+class TRegistryError : public TError {
+ public:
+  using TError::TError;
+};
+
+// Registry access with one root and at most one open key, in the manner in which every scan,
+// removal and repair uses it. Paths: one leading backslash means "from the root", otherwise the
+// path is relative to the open key, or to the root when none is open; a trailing backslash names
+// the same key. A path or name with a NUL character or an empty inner component names nothing.
+class TRegistry {
+ public:
+  // Starts at HKEY_CURRENT_USER with no key open. `backend` must outlive the object.
+  explicit TRegistry(RegistryBackend& backend) : backend_(backend) {}
+
+  // Changing the root closes the open key; setting the same root again changes nothing.
+  void SetRootKey(RootKey root);
+
+  // Opens a key with full access (KEY_ALL_ACCESS), or for reading only (KEY_READ). On success it
+  // replaces the open key; on failure the key that was open stays open. With `canCreate` a missing
+  // key is created.
+  // Callers that read on regardless of the result rely on that rule, so it may be ignored.
+  bool OpenKey(std::wstring_view path, bool canCreate);
+  bool OpenKeyReadOnly(std::wstring_view path);
+
+  void CloseKey();
+
+  // Whether the key can be opened for reading; the open key is not changed.
+  [[nodiscard]] bool KeyExists(std::wstring_view path) const;
+
+  [[nodiscard]] bool ValueExists(std::wstring_view name) const;
+
+  // rdUnknown when there is no such value or no open key.
+  [[nodiscard]] DataType GetDataType(std::wstring_view name) const;
+
+  // The text of a REG_SZ or REG_EXPAND_SZ value, unexpanded, up to its first NUL; empty when it is
+  // missing or no key is open. Throws TRegistryError when the value has another type.
+  [[nodiscard]] std::wstring ReadString(std::wstring_view name) const;
+
+  // The number of a REG_DWORD value; data shorter than four bytes is extended with zeros. Throws
+  // TRegistryError when the value is missing or has another type.
+  [[nodiscard]] std::int32_t ReadInteger(std::wstring_view name) const;
+
+  // The names of the subkeys or values of the open key in the platform's order; empty without one.
+  [[nodiscard]] std::vector<std::wstring> GetKeyNames() const;
+  [[nodiscard]] std::vector<std::wstring> GetValueNames() const;
+
+  // Writes a REG_SZ value into the open key. Throws TRegistryError when that fails.
+  void WriteString(std::wstring_view name, std::wstring_view text);
+
+  // False when the value is missing, denied or no key is open.
+  bool DeleteValue(std::wstring_view name);
+
+  // Deletes the key with everything below it, without following registry links. False when it is
+  // missing, denied, or protected: a root, a key that the scans list the children of, and every key
+  // above those are refused.
+  bool DeleteKey(std::wstring_view path);
+
+ private:
+  struct Place;  // a path resolved against the root or the open key
+  [[nodiscard]] std::optional<Place> Resolve(std::wstring_view path) const;
+  bool OpenWith(std::wstring_view path, RegistryAccess access, bool canCreate);
+
+  RegistryBackend& backend_;
+  RootKey root_ = RootKey::CurrentUser;
+  std::unique_ptr<RegistryKey> key_;
+  std::wstring keyPath_;  // of the open key, below the root
+};
+
+// A key-form location ("HKEY_LOCAL_MACHINE\SOFTWARE\...") taken apart: its root, when the text
+// before the first backslash is exactly one of the four root names, and its path from that
+// backslash on. A location without a backslash is all path.
+struct RegistryLocation {
+  std::optional<RootKey> root;
+  std::wstring path;
+};
+[[nodiscard]] RegistryLocation SplitLocation(std::wstring_view location);
+
+// A value-form location ("...\Main|Start Page"): the key part before the first "|" and the value
+// name after the last one.
+struct ValueLocation {
+  std::wstring key;
+  std::wstring value;
+};
+[[nodiscard]] ValueLocation SplitValueLocation(std::wstring_view location);
+
+// Deletes the key that a location names, with everything below it. Nothing is reported.
+void DeleteLocationKey(RegistryBackend& backend, std::wstring_view location);
+
+// Deletes one value of the key that a location names, if it exists. Nothing is reported.
+void DeleteLocationValue(RegistryBackend& backend, std::wstring_view location,
+                         std::wstring_view valueName);
+
+}  // namespace tarvelin

@@ -1,0 +1,172 @@
+#include "tests/support/test_platform.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+namespace tarvelin::testing {
+
+void FakeFiles::Add(const std::wstring& path, std::string_view content) {
+  const auto bytes = std::as_bytes(std::span(content));
+  files[path] = Bytes(bytes.begin(), bytes.end());
+}
+
+bool FakeFiles::FileExists(const std::wstring& path) {
+  ++existenceTests;
+  return files.contains(path);
+}
+
+bool FakeFiles::ExclusiveOpenFails(const std::wstring& path) {
+  return !files.contains(path) || locked.contains(path);
+}
+
+bool FakeFiles::RemoveFile(const std::wstring& path) {
+  if (undeletable.contains(path) || files.erase(path) == 0) return false;
+  removed.push_back(path);
+  return true;
+}
+
+void FakeFiles::ForEachEntry(const std::wstring& pattern,
+                             const std::function<void(const std::wstring&)>& found) {
+  for (const auto& name : entries[pattern]) found(name);
+}
+
+std::optional<Bytes> FakeFiles::ReadWholeFile(const std::wstring& path) {
+  const auto file = files.find(path);
+  if (file == files.end()) return std::nullopt;
+  return file->second;
+}
+
+std::wstring FakeFiles::DecodeAnsi(std::span<const std::byte> data) {
+  std::wstring text;
+  for (const std::byte byte : data) text += static_cast<wchar_t>(std::to_integer<int>(byte));
+  return text;
+}
+
+std::wstring FakeFiles::ReadProfileText(const std::wstring& path, const std::wstring& section,
+                                        const std::wstring& key, const std::wstring& defaultText) {
+  const auto text = profile.find(path + L"|" + section + L"|" + key);
+  return text == profile.end() ? defaultText : text->second;
+}
+
+std::optional<std::wstring> FakeFiles::ExpandEnvironment(const std::wstring& text) {
+  const auto value = environment.find(text);
+  return value == environment.end() ? text : value->second;
+}
+
+void FakeShell::AddVersion(const std::wstring& path, std::map<std::wstring, std::wstring> entries) {
+  Version& version = versions[path];
+  version.translation = {{std::uint16_t{0x0409}, std::uint16_t{0x04B0}}};
+  for (const auto& [name, text] : entries) {
+    version.texts[L"\\StringFileInfo\\040904B0\\" + name] = text;
+  }
+}
+
+std::unique_ptr<VersionResource> FakeShell::OpenVersionResource(const std::wstring& path) {
+  class Resource : public VersionResource {
+   public:
+    explicit Resource(const Version& version) : version_(version) {}
+    std::optional<std::pair<std::uint16_t, std::uint16_t>> Translation() override {
+      return version_.translation;
+    }
+    std::optional<std::wstring> Text(const std::wstring& subBlock) override {
+      const auto text = version_.texts.find(subBlock);
+      if (text == version_.texts.end()) return std::nullopt;
+      return text->second;
+    }
+    std::optional<std::array<std::uint32_t, 13>> FixedInfo() override {
+      return std::array<std::uint32_t, 13>{0xFEEF04BD};
+    }
+
+   private:
+    Version version_;
+  };
+  const auto version = versions.find(path);
+  if (version == versions.end()) return nullptr;
+  return std::make_unique<Resource>(version->second);
+}
+
+std::unique_ptr<Icon> FakeShell::ExtractIconOf(const std::wstring& path, int index) {
+  iconRequests.push_back(path + L"," + std::to_wstring(index));
+  if (noIcons.contains(iconRequests.back())) return nullptr;
+  return std::make_unique<FakeIcon>(iconRequests.back(), iconsAlive);
+}
+
+std::unique_ptr<Icon> FakeShell::FileTypeIcon(const std::wstring& path, bool) {
+  iconRequests.push_back(L"type:" + path);
+  if (noIcons.contains(iconRequests.back())) return nullptr;
+  return std::make_unique<FakeIcon>(iconRequests.back(), iconsAlive);
+}
+
+bool FakeShell::ShowProperties(const std::wstring& path) {
+  properties.push_back(path);
+  return true;
+}
+
+std::wstring FakeShell::SpecialFolder(int folderId) { return folders[folderId]; }
+
+int FakeBoxes::Show(const std::wstring& text, const std::wstring& caption, std::uint32_t flags) {
+  shown.push_back({text, caption, flags});
+  if (answers.empty()) {
+    ADD_FAILURE() << "unexpected message box: " << ToUtf8(text);
+    return kAnswerNo;
+  }
+  const int answer = answers.front();
+  answers.erase(answers.begin());
+  return answer;
+}
+
+EditorWindows::Window FakeEditor::FindTopLevel(const std::wstring& className) {
+  log.push_back(L"find " + className);
+  return running ? 1 : 0;
+}
+
+EditorWindows::Window FakeEditor::FindChild(Window, const std::wstring& className) {
+  return className == L"SysTreeView32" ? 2 : 3;
+}
+
+void FakeEditor::StartEditor() {
+  log.emplace_back(L"start");
+  running = starts;
+}
+
+void FakeEditor::Maximize(Window window) { log.push_back(L"maximize " + std::to_wstring(window)); }
+
+void FakeEditor::BringToForeground(Window window) {
+  log.push_back(L"foreground " + std::to_wstring(window));
+}
+
+void FakeEditor::SetFocusTo(Window window) { log.push_back(L"focus " + std::to_wstring(window)); }
+
+void FakeEditor::SendKeyDown(Window window, Key key) {
+  log.push_back(L"key " + std::to_wstring(window) + L" " + std::to_wstring(static_cast<int>(key)));
+}
+
+void FakeEditor::SendChar(Window window, wchar_t character) {
+  log.push_back(L"char " + std::to_wstring(window) + L" " + std::wstring(1, character));
+}
+
+void FakeEditor::Pause(int milliseconds) {
+  log.push_back(L"pause " + std::to_wstring(milliseconds));
+}
+
+std::span<const std::byte> FolderResources::Find(std::wstring_view name) {
+  auto found = loaded_.find(name);
+  if (found == loaded_.end()) {
+    std::ifstream file(std::string(TARVELIN_RESOURCES_DIR) + "/artwork/" + ToUtf8(name),
+                       std::ios::binary);
+    const std::string content{std::istreambuf_iterator<char>(file), {}};
+    const auto bytes = std::as_bytes(std::span(content));
+    found = loaded_.emplace(name, Bytes(bytes.begin(), bytes.end())).first;
+  }
+  return found->second;
+}
+
+void FakeDisplay::ProcessMessages() {
+  ++pumped;
+  if (onProcessMessages) onProcessMessages();
+}
+
+}  // namespace tarvelin::testing

@@ -1,0 +1,157 @@
+// Scripted doubles of everything but the registry, and the platform made of them all.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "common/messages.h"
+#include "common/platform.h"
+#include "tests/support/memory_registry.h"
+
+namespace tarvelin::testing {
+
+class FakeFiles : public FileSystem {
+ public:
+  std::map<std::wstring, Bytes, TextLess> files;  // by full path
+  std::set<std::wstring, TextLess> locked;        // refuse the exclusive open
+  std::set<std::wstring, TextLess> undeletable;
+  std::map<std::wstring, std::vector<std::wstring>, TextLess> entries;  // by pattern
+  std::map<std::wstring, std::wstring, TextLess> environment;          // "%windir%" -> value
+  std::map<std::wstring, std::wstring> profile;  // "path|section|key" -> text
+  std::vector<std::wstring> removed;
+  int existenceTests = 0;
+
+  void Add(const std::wstring& path, std::string_view content = {});
+
+  bool FileExists(const std::wstring& path) override;
+  bool ExclusiveOpenFails(const std::wstring& path) override;
+  bool RemoveFile(const std::wstring& path) override;
+  void ForEachEntry(const std::wstring& pattern,
+                    const std::function<void(const std::wstring&)>& found) override;
+  std::optional<Bytes> ReadWholeFile(const std::wstring& path) override;
+  std::wstring DecodeAnsi(std::span<const std::byte> data) override;  // as Latin-1
+  std::wstring ReadProfileText(const std::wstring& path, const std::wstring& section,
+                               const std::wstring& key, const std::wstring& defaultText) override;
+  std::optional<std::wstring> ExpandEnvironment(const std::wstring& text) override;
+  std::wstring WindowsDirectory() override { return L"C:\\Windows"; }
+  std::wstring SystemDirectory() override { return L"C:\\Windows\\system32"; }
+};
+
+class FakeModules : public ModuleRegistrar {
+ public:
+  std::vector<std::wstring> unregistered;
+  void Unregister(const std::wstring& path) override { unregistered.push_back(path); }
+};
+
+class FakeIcon : public Icon {
+ public:
+  FakeIcon(std::wstring source, int& alive) : source(std::move(source)), alive_(alive) { ++alive_; }
+  ~FakeIcon() override { --alive_; }
+  std::wstring source;  // "path,index" or "type:path"
+
+ private:
+  int& alive_;
+};
+
+class FakeShell : public Shell {
+ public:
+  struct Version {
+    std::optional<std::pair<std::uint16_t, std::uint16_t>> translation;
+    std::map<std::wstring, std::wstring> texts;  // by sub-block
+  };
+  std::map<std::wstring, Version, TextLess> versions;
+  // A version resource in US English with the Unicode code page.
+  void AddVersion(const std::wstring& path, std::map<std::wstring, std::wstring> entries);
+
+  std::set<std::wstring> noIcons;         // "path,index" or "type:path" that give no icon
+  std::vector<std::wstring> iconRequests;  // in the same form, in order
+  int iconsAlive = 0;
+  std::vector<std::wstring> properties;
+  std::map<int, std::wstring> folders{{26, L"C:\\Users\\u\\AppData\\Roaming"}};
+
+  std::unique_ptr<VersionResource> OpenVersionResource(const std::wstring& path) override;
+  std::unique_ptr<Icon> ExtractIconOf(const std::wstring& path, int index) override;
+  std::unique_ptr<Icon> FileTypeIcon(const std::wstring& path, bool small) override;
+  bool ShowProperties(const std::wstring& path) override;
+  std::wstring SpecialFolder(int folderId) override;
+};
+
+// Answers boxes in order; a box that no answer was scripted for fails the test.
+class FakeBoxes : public MessageBoxes {
+ public:
+  struct Box {
+    std::wstring text;
+    std::wstring caption;
+    std::uint32_t flags;
+    friend bool operator==(const Box&, const Box&) = default;
+  };
+  std::vector<int> answers;
+  std::vector<Box> shown;
+  int Show(const std::wstring& text, const std::wstring& caption, std::uint32_t flags) override;
+};
+
+// Records what the registry editor is sent, a line for each call.
+class FakeEditor : public EditorWindows {
+ public:
+  bool running = true;
+  bool starts = true;
+  std::vector<std::wstring> log;
+  Window FindTopLevel(const std::wstring& className) override;
+  Window FindChild(Window parent, const std::wstring& className) override;
+  void StartEditor() override;
+  void Maximize(Window window) override;
+  void BringToForeground(Window window) override;
+  void SetFocusTo(Window window) override;
+  void SendKeyDown(Window window, Key key) override;
+  void SendChar(Window window, wchar_t character) override;
+  void Pause(int milliseconds) override;
+};
+
+// The artwork of the source tree.
+class FolderResources : public Resources {
+ public:
+  std::span<const std::byte> Find(std::wstring_view name) override;
+
+ private:
+  std::map<std::wstring, Bytes, std::less<>> loaded_;
+};
+
+class FakeDisplay : public Display {
+ public:
+  int pixelsPerInch = 96;
+  int majorVersion = 6;
+  int pumped = 0;
+  std::function<void()> onProcessMessages;
+  int PixelsPerInch() override { return pixelsPerInch; }
+  int VerticalScrollBarWidth() override { return 17; }
+  int TextWidth(std::wstring_view text) override { return static_cast<int>(text.size()) * 6; }
+  int WindowsMajorVersion() override { return majorVersion; }
+  void ProcessMessages() override;
+};
+
+class EnglishMessages : public MessageLookup {
+ public:
+  std::wstring Message(std::wstring_view, std::wstring_view englishText) const override {
+    return std::wstring(englishText);
+  }
+};
+
+struct TestPlatform {
+  MemoryRegistry registry;
+  FakeFiles files;
+  FakeModules modules;
+  FakeShell shell;
+  FakeBoxes boxes;
+  FakeEditor editor;
+  FolderResources resources;
+  FakeDisplay display;
+  TPlatform platform{registry, files, modules, shell, boxes, editor, resources, display};
+};
+
+}  // namespace tarvelin::testing

@@ -1,0 +1,347 @@
+// The components that windows are made of, as portable objects that hold all state. What the user
+// sees is a peer: an optional object that shows one component as a real control and turns what the
+// user does into calls of the component. Without peers the same windows run in tests.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "common/platform.h"
+#include "widgets/pictures.h"
+
+namespace tarvelin {
+
+struct TRect {
+  int left = 0;
+  int top = 0;
+  int width = 0;
+  int height = 0;
+  friend bool operator==(const TRect&, const TRect&) = default;
+};
+
+using TColor = std::uint32_t;  // a Windows COLORREF, 0x00BBGGRR
+inline constexpr TColor kWhite = 0x00FFFFFF;
+inline constexpr TColor kBlack = 0x00000000;
+
+// A text of a component that a language file may replace; `keySuffix` follows the component's name
+// in the key, as in "btnClose" + ".Caption".
+struct TranslatableText {
+  std::wstring keySuffix;
+  std::wstring current;
+  std::function<void(const std::wstring&)> assign;
+};
+
+// A named object that owns further components, in the order in which they were created.
+class TComponent {
+ public:
+  explicit TComponent(std::wstring name) : name_(std::move(name)) {}
+  TComponent(const TComponent&) = delete;
+  TComponent& operator=(const TComponent&) = delete;
+  virtual ~TComponent() = default;
+
+  [[nodiscard]] const std::wstring& Name() const { return name_; }
+
+  // Creates a component that this one owns for the rest of its life.
+  template <typename T, typename... Arguments>
+  T& Create(Arguments&&... arguments) {
+    auto component = std::make_unique<T>(std::forward<Arguments>(arguments)...);
+    T& created = *component;
+    components_.push_back(std::move(component));
+    return created;
+  }
+
+  [[nodiscard]] const std::vector<std::unique_ptr<TComponent>>& Components() const {
+    return components_;
+  }
+
+  // The texts that the translator may replace; none for classes that it leaves alone.
+  [[nodiscard]] virtual std::vector<TranslatableText> TranslatableTexts() { return {}; }
+
+ private:
+  std::wstring name_;
+  std::vector<std::unique_ptr<TComponent>> components_;
+};
+
+// What changed in a control, told to its peer, which then reads the control.
+enum class Change { Bounds, Caption, Enabled, Visible, Color, Picture, Checked, Order, Focus };
+
+class ControlPeer {
+ public:
+  virtual ~ControlPeer() = default;
+  virtual void Changed(Change change) = 0;
+};
+
+// A component with a place in a window. The parent is where it is shown, apart from who owns it;
+// bounds are pixels within the parent's client area.
+class TControl : public TComponent {
+ public:
+  TControl(std::wstring name, TControl* parent, TRect bounds);
+
+  [[nodiscard]] TControl* Parent() const { return parent_; }
+  // The children shown in this control, in creation order, which is the Tab order as well.
+  [[nodiscard]] const std::vector<TControl*>& Controls() const { return controls_; }
+
+  [[nodiscard]] const TRect& Bounds() const { return bounds_; }
+  virtual void SetBounds(const TRect& bounds);
+  [[nodiscard]] const std::wstring& Caption() const { return caption_; }
+  void SetCaption(std::wstring_view caption);
+  [[nodiscard]] bool Enabled() const { return enabled_; }
+  void SetEnabled(bool enabled);
+  [[nodiscard]] bool Visible() const { return visible_; }
+  void SetVisible(bool visible);
+  [[nodiscard]] TColor Color() const { return color_; }  // of the background
+  void SetColor(TColor color);
+  void BringToFront() { Notify(Change::Order); }
+  void SetFocus() { Notify(Change::Focus); }
+
+  void SetPeer(std::unique_ptr<ControlPeer> peer) { peer_ = std::move(peer); }
+  [[nodiscard]] ControlPeer* Peer() const { return peer_.get(); }
+
+ protected:
+  void Notify(Change change);
+  [[nodiscard]] TranslatableText CaptionText();
+
+ private:
+  TControl* parent_;
+  std::vector<TControl*> controls_;
+  TRect bounds_;
+  std::wstring caption_;
+  bool enabled_ = true;
+  bool visible_ = true;
+  TColor color_ = kWhite;
+  std::unique_ptr<ControlPeer> peer_;
+};
+
+class TPanel : public TControl {
+ public:
+  using TControl::TControl;
+};
+
+enum class LabelStyle { Plain, Bold, Title };
+
+// A text without a border. A label next to an edit box names it for screen readers, which needs a
+// real static control; the others are painted by the control they lie on.
+class TLabel : public TControl {
+ public:
+  TLabel(std::wstring name, TControl* parent, TRect bounds, std::wstring_view caption,
+         LabelStyle style);
+  [[nodiscard]] LabelStyle Style() const { return style_; }
+  [[nodiscard]] TColor FontColor() const { return fontColor_; }
+  void SetFontColor(TColor color);
+  [[nodiscard]] std::vector<TranslatableText> TranslatableTexts() override;
+
+ private:
+  LabelStyle style_;
+  TColor fontColor_ = kBlack;
+};
+
+// A push button. The default button answers Enter, the cancel button Escape.
+class TButton : public TControl {
+ public:
+  TButton(std::wstring name, TControl* parent, TRect bounds, std::wstring_view caption);
+  bool isDefault = false;
+  bool isCancel = false;
+  std::function<void()> OnClick;
+  void Click();  // what a mouse click does; nothing while disabled
+  [[nodiscard]] std::vector<TranslatableText> TranslatableTexts() override;
+};
+
+class TCheckBox : public TControl {
+ public:
+  TCheckBox(std::wstring name, TControl* parent, TRect bounds, std::wstring_view caption);
+  [[nodiscard]] bool Checked() const { return checked_; }
+  // Changes the mark, and runs OnClick when it differs.
+  void SetChecked(bool checked);
+  // Changes the mark alone (BM_SETCHECK): OnClick does not run.
+  void SetMark(bool checked);
+  std::function<void()> OnClick;
+  [[nodiscard]] std::vector<TranslatableText> TranslatableTexts() override;
+
+ private:
+  bool checked_ = false;
+};
+
+// A one-line edit box; its text is the caption. The peer keeps it up to date while the user types.
+class TEdit : public TControl {
+ public:
+  using TControl::TControl;
+  [[nodiscard]] const std::wstring& Text() const { return Caption(); }
+  void SetText(std::wstring_view text) { SetCaption(text); }
+  // From the peer: the user typed.
+  void UserTyped(std::wstring_view text);
+
+ private:
+  bool typing_ = false;
+};
+
+// A picture, at its own size or stretched over the control.
+class TImage : public TControl {
+ public:
+  using TControl::TControl;
+  [[nodiscard]] const TPicture& Picture() const { return picture_; }
+  void SetPicture(TPicture picture);
+  bool stretch = false;
+  std::function<void()> OnClick;
+
+ private:
+  TPicture picture_;
+};
+
+// Images of 16 x 16 pixels, chosen by index. One image may stand at several indexes: adding a copy
+// costs nothing but the number.
+class ImageListPeer {
+ public:
+  virtual ~ImageListPeer() = default;
+  // Each returns the number of the stored image, -1 on failure. They are numbered from 0 upward.
+  virtual int AddIcon(const Icon& icon) = 0;
+  virtual int AddPicture(const TPicture& picture) = 0;
+};
+
+class TImageList : public TComponent {
+ public:
+  using TComponent::TComponent;
+  [[nodiscard]] int Count() const { return static_cast<int>(stored_.size()); }
+  // Each appends one index and returns it; -1 when the image cannot be stored.
+  int Add(const Icon& icon);
+  int Add(TPicture picture);
+  int AddCopy(int index);
+  // The number of the image that the peer stored for an index, -1 out of range.
+  [[nodiscard]] int StoredImage(int index) const;
+  // Hands the pictures added so far to the peer. Icons are only added once a peer is there.
+  void SetPeer(std::unique_ptr<ImageListPeer> peer);
+  [[nodiscard]] ImageListPeer* Peer() const { return peer_.get(); }
+
+ private:
+  std::vector<TPicture> pictures_;  // kept until a peer takes them
+  std::vector<int> stored_;
+  int storedCount_ = 0;
+  std::unique_ptr<ImageListPeer> peer_;
+};
+
+// What a list row refers to; the row owns it.
+class TRecord {
+ public:
+  virtual ~TRecord() = default;
+};
+
+struct TListColumn {
+  std::wstring caption;
+  int width = 0;
+};
+
+struct TListItem {
+  std::wstring caption;
+  std::vector<std::wstring> subItems;
+  int imageIndex = -1;
+  bool checked = false;
+  std::unique_ptr<TRecord> data;
+};
+
+class ListViewPeer : public ControlPeer {
+ public:
+  [[nodiscard]] virtual int ClientWidth() = 0;
+  virtual void ItemInserted(int index) = 0;
+  virtual void ItemChanged(int index) = 0;  // texts or image
+  virtual void ItemDeleted(int index) = 0;  // the item is already gone from the list
+  virtual void CheckChanged(int index) = 0;
+  virtual void SelectionChanged() = 0;
+  virtual void ColumnsChanged() = 0;  // captions or widths
+  virtual void CheckBoxesChanged() = 0;
+  virtual void BeginUpdate() = 0;
+  virtual void EndUpdate() = 0;
+};
+
+// A report-style list with whole-row single selection. It owns its rows, and each row its record.
+class TListView : public TControl {
+ public:
+  TListView(std::wstring name, TControl* parent, TRect bounds, std::vector<TListColumn> columns);
+  ~TListView() override;
+
+  [[nodiscard]] const std::vector<TListColumn>& Columns() const { return columns_; }
+  void SetColumnCaption(std::size_t column, std::wstring_view caption);
+  void SetColumnWidth(std::size_t column, int width);
+  [[nodiscard]] int ClientWidth();
+
+  [[nodiscard]] int Count() const { return static_cast<int>(items_.size()); }
+  [[nodiscard]] const TListItem& Item(int index) const;
+  // The record of a row as the kind that its page attaches; null when it has none.
+  template <typename Record>
+  [[nodiscard]] Record* Data(int index) const {
+    return dynamic_cast<Record*>(Item(index).data.get());
+  }
+
+  int Add(TListItem item);  // at the end; returns its index
+  // Takes the row out. A selected row is deselected first; OnDeletion runs before it goes.
+  void Delete(int index);
+  void SetItemCaption(int index, std::wstring_view caption);
+  void SetSubItem(int index, std::size_t subItem, std::wstring_view text);
+  void SetImageIndex(int index, int imageIndex);
+  void SetData(int index, std::unique_ptr<TRecord> data);
+  // OnItemChecked runs when the mark differs.
+  void SetChecked(int index, bool checked);
+  [[nodiscard]] int SelectedIndex() const { return selected_; }  // -1 when none is
+  void SetSelectedIndex(int index);
+
+  [[nodiscard]] bool CheckBoxes() const { return checkBoxes_; }
+  void SetCheckBoxes(bool checkBoxes);
+  [[nodiscard]] TImageList* SmallImages() const { return smallImages_; }
+  void SetSmallImages(TImageList* images) { smallImages_ = images; }
+
+  // Updates nest; the peer shows the rows added meanwhile when the last one ends.
+  void BeginUpdate();
+  void EndUpdate();
+
+  void DoubleClick();
+
+  std::function<void()> OnSelectItem;             // on every change of the selection
+  std::function<void(TListItem&)> OnDeletion;     // for every row, also when the list is destroyed
+  std::function<void()> OnItemChecked;
+  std::function<void()> OnDblClick;
+
+ private:
+  [[nodiscard]] TListItem& At(int index);
+  [[nodiscard]] ListViewPeer* ListPeer() const;
+
+  std::vector<TListColumn> columns_;
+  std::vector<TListItem> items_;
+  int selected_ = -1;
+  bool checkBoxes_ = false;
+  int updates_ = 0;
+  TImageList* smallImages_ = nullptr;
+
+ public:
+  [[nodiscard]] std::vector<TranslatableText> TranslatableTexts() override;
+};
+
+// Makes the last column fill what the other columns leave of the list's width.
+void FitLastColumn(TListView& list, Display& display);
+
+// A top-level window.
+class TForm : public TControl {
+ public:
+  TForm(std::wstring name, int clientWidth, int clientHeight, std::wstring_view caption);
+
+  std::function<void()> OnShow;
+  std::function<void()> OnClose;
+
+  // Runs OnShow, then shows the window; a modal one returns when it has been closed. Without a peer
+  // a modal form stays open until Close.
+  void Show();
+  void ShowModal();
+  // Runs OnClose and hides the window.
+  void Close();
+};
+
+class FormPeer : public ControlPeer {
+ public:
+  virtual void Show() = 0;
+  virtual void RunModal() = 0;  // returns when Visible() became false
+};
+
+}  // namespace tarvelin

@@ -22,7 +22,9 @@ class TPictureCollection {
  public:
   TPictureItem& Add();
   [[nodiscard]] int Count() const { return static_cast<int>(items_.size()); }
-  [[nodiscard]] TPictureItem& Item(int index) { return *items_.at(static_cast<std::size_t>(index)); }
+  [[nodiscard]] TPictureItem& Item(int index) {
+    return *items_.at(static_cast<std::size_t>(index));
+  }
 
  private:
   std::vector<std::unique_ptr<TPictureItem>> items_;

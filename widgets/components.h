@@ -105,6 +105,7 @@ class TControl : public TComponent {
 
  protected:
   void Notify(Change change);
+  void StoreCaption(std::wstring_view caption) { caption_ = caption; }  // without telling the peer
   [[nodiscard]] TranslatableText CaptionText();
 
  private:
@@ -173,11 +174,8 @@ class TEdit : public TControl {
   using TControl::TControl;
   [[nodiscard]] const std::wstring& Text() const { return Caption(); }
   void SetText(std::wstring_view text) { SetCaption(text); }
-  // From the peer: the user typed.
+  // From the peer: the user typed, so the control shows the text already.
   void UserTyped(std::wstring_view text);
-
- private:
-  bool typing_ = false;
 };
 
 // A picture, at its own size or stretched over the control.
@@ -298,9 +296,10 @@ class TListView : public TControl {
   void EndUpdate();
 
   void DoubleClick();
+  [[nodiscard]] std::vector<TranslatableText> TranslatableTexts() override;
 
-  std::function<void()> OnSelectItem;             // on every change of the selection
-  std::function<void(TListItem&)> OnDeletion;     // for every row, also when the list is destroyed
+  std::function<void()> OnSelectItem;          // on every change of the selection
+  std::function<void(TListItem&)> OnDeletion;  // for every row, also when the list is destroyed
   std::function<void()> OnItemChecked;
   std::function<void()> OnDblClick;
 
@@ -314,9 +313,6 @@ class TListView : public TControl {
   bool checkBoxes_ = false;
   int updates_ = 0;
   TImageList* smallImages_ = nullptr;
-
- public:
-  [[nodiscard]] std::vector<TranslatableText> TranslatableTexts() override;
 };
 
 // Makes the last column fill what the other columns leave of the list's width.

@@ -77,10 +77,10 @@ class TGroupBar : public TControl {
 
   // Where the keyboard focus goes from a header or an item.
   enum class Move { Previous, Next, First, Last };
-  // The control that gets the focus: headers and the items of open groups, top to bottom; it does
-  // not wrap around.
+  // The control that gets the focus, of the groups (their headers) and the items of open groups
+  // from top to bottom; it does not wrap around.
   [[nodiscard]] TControl* FocusTarget(const TControl& from, Move move) const;
-  // The group that a header or an item belongs to.
+  // The group that a group's header or an item belongs to; null for anything else.
   [[nodiscard]] TGroup* GroupOf(const TControl& control) const;
 
   [[nodiscard]] TImageList* SmallImages() const { return smallImages_; }

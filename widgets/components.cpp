@@ -1,0 +1,294 @@
+#include "widgets/components.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace tarvelin {
+
+TControl::TControl(std::wstring name, TControl* parent, TRect bounds)
+    : TComponent(std::move(name)), parent_(parent), bounds_(bounds) {
+  if (parent_) parent_->controls_.push_back(this);
+}
+
+void TControl::Notify(Change change) {
+  if (peer_) peer_->Changed(change);
+}
+
+void TControl::SetBounds(const TRect& bounds) {
+  if (bounds_ == bounds) return;
+  bounds_ = bounds;
+  Notify(Change::Bounds);
+}
+
+void TControl::SetCaption(std::wstring_view caption) {
+  if (caption_ == caption) return;
+  caption_ = caption;
+  Notify(Change::Caption);
+}
+
+void TControl::SetEnabled(bool enabled) {
+  if (enabled_ == enabled) return;
+  enabled_ = enabled;
+  Notify(Change::Enabled);
+}
+
+void TControl::SetVisible(bool visible) {
+  if (visible_ == visible) return;
+  visible_ = visible;
+  Notify(Change::Visible);
+}
+
+void TControl::SetColor(TColor color) {
+  if (color_ == color) return;
+  color_ = color;
+  Notify(Change::Color);
+}
+
+TranslatableText TControl::CaptionText() {
+  return {L".Caption", caption_, [this](const std::wstring& text) { SetCaption(text); }};
+}
+
+TLabel::TLabel(std::wstring name, TControl* parent, TRect bounds, std::wstring_view caption,
+               LabelStyle style)
+    : TControl(std::move(name), parent, bounds), style_(style) {
+  SetCaption(caption);
+}
+
+void TLabel::SetFontColor(TColor color) {
+  if (fontColor_ == color) return;
+  fontColor_ = color;
+  Notify(Change::Color);
+}
+
+std::vector<TranslatableText> TLabel::TranslatableTexts() { return {CaptionText()}; }
+
+TButton::TButton(std::wstring name, TControl* parent, TRect bounds, std::wstring_view caption)
+    : TControl(std::move(name), parent, bounds) {
+  SetCaption(caption);
+}
+
+void TButton::Click() {
+  if (Enabled() && OnClick) OnClick();
+}
+
+std::vector<TranslatableText> TButton::TranslatableTexts() { return {CaptionText()}; }
+
+TCheckBox::TCheckBox(std::wstring name, TControl* parent, TRect bounds, std::wstring_view caption)
+    : TControl(std::move(name), parent, bounds) {
+  SetCaption(caption);
+}
+
+void TCheckBox::SetChecked(bool checked) {
+  if (checked_ == checked) return;
+  SetMark(checked);
+  if (OnClick) OnClick();
+}
+
+void TCheckBox::SetMark(bool checked) {
+  if (checked_ == checked) return;
+  checked_ = checked;
+  Notify(Change::Checked);
+}
+
+std::vector<TranslatableText> TCheckBox::TranslatableTexts() { return {CaptionText()}; }
+
+void TImage::SetPicture(TPicture picture) {
+  picture_ = std::move(picture);
+  Notify(Change::Picture);
+}
+
+int TImageList::Add(const Icon& icon) {
+  const int image = peer_ ? peer_->AddIcon(icon) : storedCount_++;
+  if (image < 0) return -1;
+  stored_.push_back(image);
+  return Count() - 1;
+}
+
+int TImageList::Add(TPicture picture) {
+  const int image = peer_ ? peer_->AddPicture(picture) : storedCount_++;
+  if (image < 0) return -1;
+  if (!peer_) pictures_.push_back(std::move(picture));
+  stored_.push_back(image);
+  return Count() - 1;
+}
+
+int TImageList::AddCopy(int index) {
+  const int image = StoredImage(index);
+  if (image < 0) return -1;
+  stored_.push_back(image);
+  return Count() - 1;
+}
+
+int TImageList::StoredImage(int index) const {
+  return index >= 0 && index < Count() ? stored_[static_cast<std::size_t>(index)] : -1;
+}
+
+void TImageList::SetPeer(std::unique_ptr<ImageListPeer> peer) {
+  peer_ = std::move(peer);
+  for (const TPicture& picture : pictures_) peer_->AddPicture(picture);
+  pictures_.clear();
+}
+
+TListView::TListView(std::wstring name, TControl* parent, TRect bounds,
+                     std::vector<TListColumn> columns)
+    : TControl(std::move(name), parent, bounds), columns_(std::move(columns)) {}
+
+TListView::~TListView() {
+  if (!OnDeletion) return;
+  for (TListItem& item : items_) OnDeletion(item);
+}
+
+ListViewPeer* TListView::ListPeer() const { return static_cast<ListViewPeer*>(Peer()); }
+
+TListItem& TListView::At(int index) {
+  if (index < 0 || index >= Count()) throw std::out_of_range("list index");
+  return items_[static_cast<std::size_t>(index)];
+}
+
+const TListItem& TListView::Item(int index) const {
+  return const_cast<TListView*>(this)->At(index);
+}
+
+void TListView::SetColumnCaption(std::size_t column, std::wstring_view caption) {
+  columns_.at(column).caption = caption;
+  if (auto* peer = ListPeer()) peer->ColumnsChanged();
+}
+
+void TListView::SetColumnWidth(std::size_t column, int width) {
+  columns_.at(column).width = width;
+  if (auto* peer = ListPeer()) peer->ColumnsChanged();
+}
+
+int TListView::ClientWidth() {
+  auto* peer = ListPeer();
+  return peer ? peer->ClientWidth() : Bounds().width;
+}
+
+int TListView::Add(TListItem item) {
+  items_.push_back(std::move(item));
+  const int index = Count() - 1;
+  if (auto* peer = ListPeer()) peer->ItemInserted(index);
+  return index;
+}
+
+void TListView::Delete(int index) {
+  At(index);
+  if (selected_ == index) {
+    SetSelectedIndex(-1);
+  } else if (selected_ > index) {
+    --selected_;
+  }
+  if (OnDeletion) OnDeletion(At(index));
+  items_.erase(items_.begin() + index);
+  if (auto* peer = ListPeer()) peer->ItemDeleted(index);
+}
+
+void TListView::SetItemCaption(int index, std::wstring_view caption) {
+  At(index).caption = caption;
+  if (auto* peer = ListPeer()) peer->ItemChanged(index);
+}
+
+void TListView::SetSubItem(int index, std::size_t subItem, std::wstring_view text) {
+  auto& subItems = At(index).subItems;
+  if (subItems.size() <= subItem) subItems.resize(subItem + 1);
+  subItems[subItem] = text;
+  if (auto* peer = ListPeer()) peer->ItemChanged(index);
+}
+
+void TListView::SetImageIndex(int index, int imageIndex) {
+  At(index).imageIndex = imageIndex;
+  if (auto* peer = ListPeer()) peer->ItemChanged(index);
+}
+
+void TListView::SetData(int index, std::unique_ptr<TRecord> data) {
+  At(index).data = std::move(data);
+}
+
+void TListView::SetChecked(int index, bool checked) {
+  TListItem& item = At(index);
+  if (item.checked == checked) return;
+  item.checked = checked;
+  if (auto* peer = ListPeer()) peer->CheckChanged(index);
+  if (OnItemChecked) OnItemChecked();
+}
+
+void TListView::SetSelectedIndex(int index) {
+  if (index < 0 || index >= Count()) index = -1;
+  if (selected_ == index) return;
+  selected_ = index;
+  if (auto* peer = ListPeer()) peer->SelectionChanged();
+  if (OnSelectItem) OnSelectItem();
+}
+
+void TListView::SetCheckBoxes(bool checkBoxes) {
+  if (checkBoxes_ == checkBoxes) return;
+  checkBoxes_ = checkBoxes;
+  if (auto* peer = ListPeer()) peer->CheckBoxesChanged();
+}
+
+void TListView::BeginUpdate() {
+  if (updates_++ > 0) return;
+  if (auto* peer = ListPeer()) peer->BeginUpdate();
+}
+
+void TListView::EndUpdate() {
+  if (updates_ == 0 || --updates_ > 0) return;
+  if (auto* peer = ListPeer()) peer->EndUpdate();
+}
+
+void TListView::DoubleClick() {
+  if (OnDblClick) OnDblClick();
+}
+
+std::vector<TranslatableText> TListView::TranslatableTexts() {
+  std::vector<TranslatableText> texts;
+  for (std::size_t column = 0; column < columns_.size(); ++column) {
+    texts.push_back({L".Columns[" + std::to_wstring(column) + L"].Caption",
+                     columns_[column].caption,
+                     [this, column](const std::wstring& text) { SetColumnCaption(column, text); }});
+  }
+  return texts;
+}
+
+void FitLastColumn(TListView& list, Display& display) {
+  const auto& columns = list.Columns();
+  if (columns.empty()) return;
+  list.BeginUpdate();
+  int others = 0;
+  for (std::size_t column = 0; column + 1 < columns.size(); ++column) {
+    others += columns[column].width;
+  }
+  int available = list.ClientWidth();
+  // An empty list leaves room for the scroll bar that its first rows may bring.
+  if (list.Count() == 0) available -= display.VerticalScrollBarWidth();
+  if (available > others) list.SetColumnWidth(columns.size() - 1, std::max(available - others, 5));
+  list.EndUpdate();
+}
+
+void TEdit::UserTyped(std::wstring_view text) { StoreCaption(text); }
+
+TForm::TForm(std::wstring name, int clientWidth, int clientHeight, std::wstring_view caption)
+    : TControl(std::move(name), nullptr, {0, 0, clientWidth, clientHeight}) {
+  SetCaption(caption);
+  SetVisible(false);
+}
+
+void TForm::Show() {
+  if (OnShow) OnShow();
+  SetVisible(true);
+  if (auto* peer = static_cast<FormPeer*>(Peer())) peer->Show();
+}
+
+void TForm::ShowModal() {
+  if (OnShow) OnShow();
+  SetVisible(true);
+  if (auto* peer = static_cast<FormPeer*>(Peer())) peer->RunModal();
+}
+
+void TForm::Close() {
+  if (!Visible()) return;
+  if (OnClose) OnClose();
+  SetVisible(false);
+}
+
+}  // namespace tarvelin

@@ -172,7 +172,7 @@ int TListView::Add(TListItem item) {
 }
 
 void TListView::Delete(int index) {
-  At(index);
+  if (index < 0 || index >= Count()) return;
   if (selected_ == index) {
     SetSelectedIndex(-1);
   } else if (selected_ > index) {

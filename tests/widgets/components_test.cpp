@@ -1,0 +1,182 @@
+#include <gtest/gtest.h>
+
+#include "tests/support/test_platform.h"
+#include "widgets/PImageNote.h"
+#include "widgets/PPageNote.h"
+#include "widgets/components.h"
+#include "widgets/navigation.h"
+
+namespace tarvelin::testing {
+namespace {
+
+struct CountedRecord : TRecord {
+  explicit CountedRecord(int& alive) : alive(alive) { ++alive; }
+  ~CountedRecord() override { --alive; }
+  int& alive;
+};
+
+TListItem Row(std::wstring caption, int& alive) {
+  TListItem item;
+  item.caption = std::move(caption);
+  item.data = std::make_unique<CountedRecord>(alive);
+  return item;
+}
+
+TEST(ListView, KeepsSelectionAndRecordsThroughDeletions) {
+  int alive = 0;
+  {
+    TListView list(L"lv", nullptr, {0, 0, 566, 323}, {{L"Name", 100}});
+    std::vector<int> selections;
+    list.OnSelectItem = [&] { selections.push_back(list.SelectedIndex()); };
+    int deletions = 0;
+    list.OnDeletion = [&](TListItem&) { ++deletions; };
+    for (const wchar_t* name : {L"a", L"b", L"c", L"d"}) list.Add(Row(name, alive));
+
+    list.SetSelectedIndex(2);
+    list.Delete(0);  // a row above moves the selection without changing it
+    EXPECT_EQ(list.SelectedIndex(), 1);
+    EXPECT_EQ(list.Item(1).caption, L"c");
+    EXPECT_EQ(selections, std::vector<int>{2});
+
+    list.Delete(1);  // the selected row is deselected before it goes
+    EXPECT_EQ(list.SelectedIndex(), -1);
+    EXPECT_EQ(selections, (std::vector<int>{2, -1}));
+    list.Delete(7);
+    list.SetSelectedIndex(99);
+    EXPECT_EQ(list.SelectedIndex(), -1);
+    EXPECT_EQ(list.Count(), 2);
+    EXPECT_EQ(deletions, 2);
+    EXPECT_EQ(alive, 2);
+  }
+  EXPECT_EQ(alive, 0);
+}
+
+TEST(ListView, FitsTheLastColumnToWhatIsLeft) {
+  FakeDisplay display;
+  TListView list(L"lv", nullptr, {0, 0, 566, 323}, {{L"Name", 150}, {L"File Path", 250}});
+  FitLastColumn(list, display);
+  EXPECT_EQ(list.Columns()[1].width, 566 - 150 - 17);  // empty: room for a scroll bar
+  list.Add({});
+  FitLastColumn(list, display);
+  EXPECT_EQ(list.Columns()[1].width, 566 - 150);
+  list.SetColumnWidth(0, 563);
+  FitLastColumn(list, display);
+  EXPECT_EQ(list.Columns()[1].width, 5);
+  list.SetColumnWidth(0, 566);
+  list.SetColumnWidth(1, 80);
+  FitLastColumn(list, display);
+  EXPECT_EQ(list.Columns()[1].width, 80);  // nothing left: as the user has it
+}
+
+TEST(CheckBox, OnlyAClickRunsTheHandler) {
+  TCheckBox box(L"chk", nullptr, {}, L"Select All");
+  int clicks = 0;
+  box.OnClick = [&] { ++clicks; };
+  box.SetChecked(true);
+  box.SetMark(false);
+  EXPECT_FALSE(box.Checked());
+  EXPECT_EQ(clicks, 1);
+}
+
+TEST(ImageList, CopiesShareAStoredImage) {
+  struct Peer : ImageListPeer {
+    int stored = 0;
+    int AddIcon(const Icon&) override { return stored++; }
+    int AddPicture(const TPicture&) override { return stored++; }
+  };
+  TImageList images(L"images");
+  EXPECT_EQ(images.Add(TPicture{1, 1, {0}}), 0);
+  auto peer = std::make_unique<Peer>();
+  Peer& seen = *peer;
+  images.SetPeer(std::move(peer));
+  int alive = 0;
+  EXPECT_EQ(images.Add(FakeIcon(L"x", alive)), 1);
+  EXPECT_EQ(images.AddCopy(1), 2);
+  EXPECT_EQ(images.AddCopy(9), -1);
+  EXPECT_EQ(images.Count(), 3);
+  EXPECT_EQ(images.StoredImage(2), 1);
+  EXPECT_EQ(seen.stored, 2);
+}
+
+TEST(PageNote, ShowsExactlyOnePage) {
+  TPageNote pages(L"PageNote1", nullptr, {0, 0, 150, 150});
+  TPageTab a(L"a", &pages), b(L"b", &pages), c(L"c", &pages), stranger(L"s", nullptr);
+  const auto shown = [&] {
+    std::wstring names;
+    for (const TPageTab* page : {&a, &b, &c}) {
+      EXPECT_EQ(page->Visible(), page->Active());
+      if (page->Visible()) names += page->Name();
+    }
+    return names;
+  };
+  EXPECT_EQ(pages.ActivePage(), nullptr);
+  pages.InsertPage(a);
+  pages.InsertPage(b);
+  pages.SetActivePage(&a);
+  pages.InsertPage(c);  // right after the current page
+  EXPECT_EQ(pages.Pages(), (std::vector<TPageTab*>{&a, &c, &b}));
+  EXPECT_EQ(shown(), L"c");
+  pages.SetTabIndex(3);
+  pages.SetTabIndex(-1);
+  pages.SetActivePage(&stranger);
+  EXPECT_EQ(shown(), L"c");
+  pages.RemovePage(stranger);
+  EXPECT_EQ(pages.TabCount(), 3);
+  pages.SetBounds({0, 0, 565, 364});
+  EXPECT_EQ(b.Bounds(), (TRect{0, 0, 565, 364}));
+
+  pages.SetActivePage(&b);
+  pages.RemovePage(a);  // its place is taken by the next page
+  EXPECT_EQ(pages.ActivePage(), &c);
+  EXPECT_EQ(shown(), L"c");
+  pages.RemovePage(c);
+  EXPECT_EQ(pages.ActivePage(), &b);
+  EXPECT_TRUE(b.Visible());
+  pages.RemovePage(stranger);  // with one page left any request empties the control
+  EXPECT_EQ(pages.TabCount(), 0);
+  EXPECT_EQ(pages.TabIndex(), -1);
+  EXPECT_TRUE(b.Visible());
+}
+
+TEST(ImageNote, ChoosesPicturesAndHoldsLockedBounds) {
+  TImageNote strip(L"ImageNote_IE", nullptr, {0, 0, 162, 24});
+  for (std::uint32_t color : {1U, 2U}) strip.Items().Add().Picture = {1, 1, {color}};
+  EXPECT_EQ(strip.Items().Item(1).Name, L"Picture_1");
+  strip.SetImageIndex(1);
+  strip.Items().Item(1).Picture.pixels[0] = 7;  // the strip shows a copy
+  EXPECT_EQ(strip.Picture().pixels[0], 2U);
+  strip.SetImageIndex(2);
+  strip.SetImageIndex(-2);
+  EXPECT_EQ(strip.ImageIndex(), 1);
+  strip.SetImageIndex(-1);
+  EXPECT_TRUE(strip.Picture().Empty());
+  strip.SetLocked(true);
+  strip.SetBounds({5, 5, 10, 10});
+  EXPECT_EQ(strip.Bounds(), (TRect{0, 0, 162, 24}));
+  strip.SetLocked(false);
+  strip.SetBounds({5, 5, 10, 10});
+  EXPECT_EQ(strip.Bounds(), (TRect{5, 5, 10, 10}));
+}
+
+TEST(Navigation, MovesTheFocusOverHeadersAndOpenItems) {
+  TGroupBar bar(L"bar", nullptr, {0, 70, 178, 363});
+  TGroup& upper = bar.AddGroup(L"upper", 90, L"Upper");
+  TGroup& lower = bar.AddGroup(L"lower", 170, L"Lower");
+  TGroupItem& first = upper.AddItem(L"first", 0, [] {});
+  TGroupItem& second = lower.AddItem(L"second", 1, [] {});
+  using Move = TGroupBar::Move;
+  EXPECT_EQ(bar.FocusTarget(first, Move::Next), &lower);
+  EXPECT_EQ(bar.FocusTarget(upper, Move::Previous), &upper);
+  EXPECT_EQ(bar.FocusTarget(upper, Move::Last), &second);
+  EXPECT_EQ(bar.FocusTarget(second, Move::Next), &second);
+  EXPECT_EQ(bar.GroupOf(second), &lower);
+
+  const int below = lower.Bounds().top;
+  upper.SetOpened(false);
+  EXPECT_FALSE(first.Visible());
+  EXPECT_EQ(lower.Bounds().top, below - 90 + TGroup::kClosedHeight);
+  EXPECT_EQ(bar.FocusTarget(upper, Move::Next), &lower);
+}
+
+}  // namespace
+}  // namespace tarvelin::testing

@@ -13,6 +13,8 @@ else()
   if(TARVELIN_WARNINGS_AS_ERRORS)
     target_compile_options(tarvelin_options INTERFACE -Werror)
   endif()
+  # Object files do not tell in which folder they were built.
+  add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.")
 endif()
 
 if(TARVELIN_SANITIZE)
@@ -24,6 +26,8 @@ endif()
 if(WIN32)
   target_compile_definitions(tarvelin_options INTERFACE UNICODE _UNICODE WIN32_LEAN_AND_MEAN
                              NOMINMAX STRICT _WIN32_WINNT=0x0601 WINVER=0x0601)
+  target_link_libraries(tarvelin_options INTERFACE comctl32 msimg32 uxtheme oleacc version shlwapi
+                        shell32 ole32 oleaut32 uuid gdi32 user32 advapi32 ntdll)
 endif()
 
 # tarvelin_library(NAME [DEPENDS folders...] [LIBRARIES targets...])

@@ -1,0 +1,120 @@
+#!/usr/bin/env bash
+# Builds libpng and libjpeg-turbo for Windows from the distribution's source packages into
+# build/deps/<preset>/, as static libraries. zlib comes from the package libz-mingw-w64-dev.
+# Usage: tools/build-deps.sh [mingw-x64] [mingw-x86]     (both when none is named)
+# Does nothing for a target that was built before by this script with the same settings.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+root=$PWD deps=$PWD/build/deps
+[ $# -gt 0 ] || set -- mingw-x64 mingw-x86
+stamp=$(cat tools/build-deps.sh cmake/mingw*.cmake | sha256sum)
+
+missing=()
+for preset in "$@"; do
+  [ "$(cat "$deps/$preset/stamp" 2>/dev/null)" = "$stamp" ] || missing+=("$preset")
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+mkdir -p "$deps"
+exec 9>"$deps/lock"
+flock 9
+
+# The release's source packages, from wherever this machine gets its packages: its own sources as
+# "deb-src", in a configuration of our own, so that nothing of the system's is changed.
+# shellcheck disable=SC1091  # os-release is not ours
+derive_sources() {
+  local release file
+  release=$(. /etc/os-release && echo "$VERSION_CODENAME")
+  mkdir -p apt/sources apt/lists/partial apt/cache/archives/partial
+  rm -f apt/sources/*
+  for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
+    [ -f "$file" ] || continue
+    sed -n -E "s/^deb(-src)?[[:space:]]+((\[[^]]*\])?[[:space:]]*[^[:space:]]+[[:space:]]+$release(-updates|-security)?\/?[[:space:]].*)/deb-src \2/p" \
+      "$file" | sort -u >>apt/sources/derived.list
+  done
+  for file in /etc/apt/sources.list.d/*.sources; do
+    [ -f "$file" ] || continue
+    # One stanza at a time, without comments; those of other releases and makers are left out.
+    sed '/^#/d' "$file" | awk -v RS= -v ORS='\n\n' -v release="$release" '
+      tolower($0) ~ /(^|\n)enabled:[ \t]*no/ { next }
+      $0 ~ "(^|\n)Suites:[^\n]*[ \t]" release "(-updates|-security)?([ \t\n]|$)" {
+        gsub(/(^|\n)Types:[^\n]*/, "&\001"); gsub(/Types:[^\n]*\001/, "Types: deb-src"); print
+      }' >>apt/sources/derived.sources
+  done
+  [ -s apt/sources/derived.list ] || [ -s apt/sources/derived.sources ] || {
+    echo "build-deps: no package source for $release in /etc/apt" >&2
+    exit 1
+  }
+}
+
+private_apt() {
+  local command=$1
+  shift
+  "$command" -o Dir::Etc::SourceList=/dev/null -o Dir::Etc::SourceParts="$deps/apt/sources" \
+    -o Dir::State::Lists="$deps/apt/lists" -o Dir::Cache="$deps/apt/cache" \
+    -o APT::Sandbox::User= -o Acquire::Retries=2 "$@"
+}
+
+# fetch PACKAGE: its sources in src/PACKAGE. A mirror may list a version that it does not hold;
+# then the next lower one is taken.
+fetch() {
+  local package=$1 version
+  for version in $(private_apt apt-cache showsrc --only-source "$package" |
+    sed -n 's/^Version: //p' | sort -rVu); do
+    echo "build-deps: fetching $package $version"
+    rm -rf download "src/$package"
+    mkdir -p download src
+    if (cd download && private_apt apt-get -q source --download-only "$package=$version") \
+      >"$package.log" 2>&1; then
+      dpkg-source --no-check -x download/*.dsc "src/$package" >>"$package.log" 2>&1
+      return
+    fi
+  done
+  cat "$package.log" >&2 || true
+  echo "build-deps: the sources of $package cannot be had" >&2
+  exit 1
+}
+
+build_one() { # PRESET PACKAGE OPTIONS...
+  local preset=$1 package=$2
+  shift 2
+  echo "build-deps: building $package for $preset"
+  cmake -G Ninja -S "src/$package" -B "$preset.build/$package" \
+    -DCMAKE_TOOLCHAIN_FILE="$root/cmake/$preset.cmake" -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_INSTALL_PREFIX="$deps/$preset" "$@"
+  cmake --build "$preset.build/$package" --target install
+}
+
+build() {
+  local preset=$1
+  rm -rf "$preset" "$preset.build"
+  build_one "$preset" libpng1.6 -DPNG_SHARED=OFF -DPNG_TESTS=OFF
+  build_one "$preset" libjpeg-turbo -DENABLE_SHARED=OFF -DWITH_TURBOJPEG=OFF -DWITH_SIMD=OFF
+  rm -rf "$preset.build"
+  echo "$stamp" >"$preset/stamp"
+}
+
+cd "$deps"
+derive_sources
+echo "build-deps: reading the lists of source packages"
+private_apt apt-get -q update >update.log 2>&1 || { cat update.log >&2; exit 1; }
+fetch libpng1.6
+fetch libjpeg-turbo
+
+jobs=()
+for preset in "${missing[@]}"; do
+  build "$preset" >"$preset.log" 2>&1 &
+  jobs+=("$!:$preset")
+done
+failed=0
+for job in "${jobs[@]}"; do
+  if wait "${job%%:*}"; then
+    echo "build-deps: ${job#*:} is ready"
+  else
+    tail -n 30 "${job#*:}.log" >&2
+    echo "build-deps: ${job#*:} failed, see build/deps/${job#*:}.log" >&2
+    failed=1
+  fi
+done
+[ $failed = 0 ] && rm -rf src download apt
+exit $failed

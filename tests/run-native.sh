@@ -9,10 +9,10 @@ trap 'rm -f "$output"' EXIT
 code=0
 UBSAN_OPTIONS=print_stacktrace=1 "$@" --gtest_color=no 2>&1 | tee "$output" || code=$?
 if [ $code -ne 0 ]; then
-  echo "$1: exit code $code" >&2
+  echo "$*: exit code $code" >&2
   exit 1
 fi
 if ! grep -Eq '^\[  PASSED  \] [1-9][0-9]* tests?\.' "$output"; then
-  echo "$1: no test says that it passed" >&2
+  echo "$*: no test says that it passed" >&2
   exit 1
 fi

@@ -23,8 +23,7 @@ class TFormChange : public TForm {
  public:
   // `settingsList` is the page whose selected row is changed; `translateWindows` applies the
   // language to every window. Both live as long as the dialog.
-  TFormChange(TPlatform& platform, TListView& settingsList,
-              std::function<void()> translateWindows);
+  TFormChange(TPlatform& platform, TListView& settingsList, std::function<void()> translateWindows);
 
   void FormShow();
   // Writes the typed text into the selected row's value and closes. Throws TError, and stays open,

@@ -1,0 +1,81 @@
+#include "settings/UnitChangeSetting.h"
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <utility>
+
+#include "addons/UnitIEBrowserHelp.h"
+#include "common/registry.h"
+#include "common/text.h"
+
+namespace tarvelin {
+
+TFormChange::TFormChange(TPlatform& platform, TListView& settingsList,
+                         std::function<void()> translateWindows)
+    : TForm(L"FormChange", 413, 96, L"Change Internet Explorer Settings"),
+      lblChange(&Create<TLabel>(L"lblChange", this, TRect{13, 12, 54, 13}, L"Change to:",
+                                LabelStyle::Plain)),
+      edtValue(&Create<TEdit>(L"edtValue", this, TRect{12, 30, 386, 21})),
+      btnOK(&Create<TButton>(L"btnOK", this, TRect{204, 59, 90, 25}, L"OK")),
+      btnCancel(&Create<TButton>(L"btnCancel", this, TRect{308, 59, 90, 25}, L"Cancel")),
+      platform_(platform),
+      settingsList_(settingsList),
+      translateWindows_(std::move(translateWindows)) {
+  OnShow = [this] { FormShow(); };
+  btnOK->isDefault = true;
+  btnOK->OnClick = [this] { btnOKClick(); };
+  btnCancel->OnClick = [this] { btnCancelClick(); };
+}
+
+void TFormChange::FormShow() {
+  translateWindows_();
+  edtValue->SetText(L"");
+  edtValue->SetFocus();
+}
+
+void TFormChange::btnOKClick() {
+  const int row = settingsList_.SelectedIndex();
+  const auto* record = row < 0 ? nullptr : settingsList_.Data<TIESec>(row);
+  if (!record) {
+    throw TError(L"M_Error_No_Item",
+                 L"No setting is selected. Choose Cancel and select one in the list.", L"");
+  }
+  const std::wstring& location = record->RegLocation;
+  const RegistryLocation place = SplitLocation(location);
+  const std::wstring_view keyPath = std::wstring_view(place.path).substr(0, place.path.find(L'|'));
+  const std::wstring_view valueName = std::wstring_view(location).substr(location.find(L'|') + 1);
+  try {
+    TRegistry registry(platform_.registry);
+    if (place.root) registry.SetRootKey(*place.root);
+    if (registry.OpenKey(keyPath, true)) registry.WriteString(valueName, Trim(edtValue->Text()));
+    registry.CloseKey();
+    // The row shows what was typed, not the trimmed text.
+    settingsList_.SetSubItem(row, 0, edtValue->Text());
+  } catch (const std::exception&) {
+    // Like a key that cannot be opened, a failed write is silent; the row keeps its old text.
+  }
+  Close();
+}
+
+void TFormChange::btnCancelClick() { Close(); }
+
+void TFormChange::ApplicationEvents1Message(const TMessage& message) {
+  if (!Visible()) return;
+  // A control without a window counts as handle 0. The complement of that, the pseudo handle
+  // HWND_TOPMOST, names no window, so a message for it is no key press in this dialog. Once all
+  // four are shown nothing is held back.
+  const std::array<const TControl*, 4> own{this, edtValue, btnCancel, btnOK};
+  const bool windowless =
+      std::ranges::any_of(own, [](const TControl* control) { return !control->Peer(); });
+  if (windowless && ~message.window == 0) return;
+
+  if (message.message != kKeyDownMessage) return;
+  if (message.wParam == kReturnKey) {
+    btnOKClick();
+  } else if (message.wParam == kEscapeKey) {
+    Close();
+  }
+}
+
+}  // namespace tarvelin

@@ -42,8 +42,9 @@ struct TextLess {
 // translation or a registry name can never act as a format string.
 [[nodiscard]] std::wstring FormatMessageText(std::wstring_view message, std::wstring_view argument);
 
-// The text of UTF-16 (little endian or big endian) or UTF-8 bytes. An odd last byte is dropped,
-// malformed sequences become U+FFFD.
+// The text of UTF-16 (little endian or big endian) or UTF-8 bytes. In UTF-16 an odd last byte is
+// dropped and an unpaired surrogate is kept, because Windows allows it in names of files and keys;
+// in UTF-8 malformed sequences become U+FFFD.
 [[nodiscard]] std::wstring FromUtf16Le(std::span<const std::byte> data);
 [[nodiscard]] std::wstring FromUtf16Be(std::span<const std::byte> data);
 [[nodiscard]] std::wstring FromUtf8(std::span<const std::byte> data);

@@ -83,8 +83,8 @@ enum class FileInfoField : int {
                                             FileInfoField field);
 
 // The shell's icon for files named like the program in a command line; null when there is none.
-[[nodiscard]] std::unique_ptr<Icon> GetFileIcon(FileSystem& files, Shell& shell, std::wstring_view path,
-                                                bool small);
+[[nodiscard]] std::unique_ptr<Icon> GetFileIcon(FileSystem& files, Shell& shell,
+                                                std::wstring_view path, bool small);
 
 // Opens the shell's "properties" sheet; the name is passed on unchanged.
 bool ShowFileProperties(Shell& shell, const std::wstring& fileName);

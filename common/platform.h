@@ -121,7 +121,7 @@ class MessageBoxes {
 
 // The flags and answers of MessageBoxW that the program uses.
 inline constexpr std::uint32_t kBoxOk = 0x0;
-inline constexpr std::uint32_t kBoxError = 0x10;        // MB_OK | MB_ICONERROR
+inline constexpr std::uint32_t kBoxError = 0x10;          // MB_OK | MB_ICONERROR
 inline constexpr std::uint32_t kBoxYesNoQuestion = 0x24;  // MB_YESNO | MB_ICONQUESTION
 inline constexpr int kAnswerOk = 1;
 inline constexpr int kAnswerYes = 6;

@@ -17,7 +17,13 @@ namespace tarvelin {
 enum class RootKey { ClassesRoot, CurrentUser, LocalMachine, Users };
 
 // The type of a value as the scans distinguish it.
-enum class DataType { rdUnknown = 0, rdString = 1, rdExpandString = 2, rdInteger = 3, rdBinary = 4 };
+enum class DataType {
+  rdUnknown = 0,
+  rdString = 1,
+  rdExpandString = 2,
+  rdInteger = 3,
+  rdBinary = 4
+};
 
 // The Windows type numbers of the values that are read as text or as an integer.
 inline constexpr std::uint32_t kRegSz = 1;
@@ -143,6 +149,7 @@ class TRegistry {
   struct Place;  // a path resolved against the root or the open key
   [[nodiscard]] std::optional<Place> Resolve(std::wstring_view path) const;
   bool OpenWith(std::wstring_view path, RegistryAccess access, bool canCreate);
+  [[nodiscard]] std::optional<RegistryValue> Query(std::wstring_view name) const;
 
   RegistryBackend& backend_;
   RootKey root_ = RootKey::CurrentUser;

@@ -1,0 +1,102 @@
+#include "shellmenu/extension_icon.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
+#include "common/Corvane_Routine_New.h"
+#include "common/registry.h"
+#include "shellmenu/shellmenu.h"
+
+namespace tarvelin {
+namespace {
+
+int RequireInteger(const std::wstring& text) {
+  if (const auto number = ParseInteger(text)) return *number;
+  throw TError(L"M_Error_Number", L"\"%s\" is not a valid number.", text);
+}
+
+int DigitValue(wchar_t c) {
+  if (c >= L'0' && c <= L'9') return c - L'0';
+  if (c >= L'a' && c <= L'f') return c - L'a' + 10;
+  if (c >= L'A' && c <= L'F') return c - L'A' + 10;
+  return 16;
+}
+
+}  // namespace
+
+std::wstring GetProgramFilesDir(RegistryBackend& registry) {
+  TRegistry access(registry);
+  access.SetRootKey(RootKey::LocalMachine);
+  if (!access.OpenKeyReadOnly(L"Software\\Microsoft\\Windows\\CurrentVersion")) return {};
+  return access.ReadString(L"ProgramFilesDir");
+}
+
+int AddExtensionIcon(TPlatform& platform, RowImages& images, std::wstring_view extension,
+                     std::wstring_view programId) {
+  FileSystem& files = platform.files;
+  const std::wstring systemFolder = GetSystemDir(files) + L"\\";
+  const auto addShellIcon = [&](int index) {
+    return images.AddExtracted(systemFolder + L"shell32.dll", index);
+  };
+  const auto orShellIcon = [&](int image) { return image >= 0 ? image : addShellIcon(0); };
+
+  if (SameText(extension, L".exe")) return addShellIcon(2);
+
+  TRegistry registry(platform.registry);
+  registry.SetRootKey(RootKey::ClassesRoot);
+  if (!registry.OpenKey(std::wstring(programId) + L"\\DefaultIcon", false)) return addShellIcon(0);
+  const std::wstring specification = registry.ReadString(L"");
+  registry.CloseKey();
+
+  if (files.FileExists(specification)) return orShellIcon(images.AddFileType(specification));
+
+  const auto [file, index] = SplitIconSpecification(specification);
+  if (files.FileExists(file)) {
+    return orShellIcon(images.AddExtracted(file, ParseInteger(index).value_or(0)));
+  }
+  if (files.FileExists(systemFolder + file)) {
+    return images.AddExtracted(systemFolder + file, RequireInteger(index));
+  }
+  static constexpr std::wstring_view kProgramFiles = L"%ProgramFiles%";
+  const std::wstring path =
+      file.find(kProgramFiles) != std::wstring::npos
+          ? ReplaceFirst(file, kProgramFiles, GetProgramFilesDir(platform.registry))
+          : CommandLineToFilePath(files, file);
+  if (files.FileExists(path)) return images.AddExtracted(path, RequireInteger(index));
+  return addShellIcon(0);
+}
+
+IconSpecification SplitIconSpecification(std::wstring_view specification) {
+  const auto comma = specification.find(L',');
+  IconSpecification result{ReplaceAll(specification.substr(0, comma), L"\"", L""), L"0"};
+  if (comma != std::wstring_view::npos && comma + 2 < specification.size()) {
+    result.index = specification.substr(comma + 1);
+  }
+  return result;
+}
+
+std::optional<int> ParseInteger(std::wstring_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(L' '), text.size()));
+  const bool negative = text.starts_with(L'-');
+  if (negative || text.starts_with(L'+')) text.remove_prefix(1);
+  int base = 10;
+  for (const std::wstring_view prefix : {L"$", L"0x", L"0X", L"x", L"X"}) {
+    if (base == 10 && text.starts_with(prefix)) {
+      text.remove_prefix(prefix.size());
+      base = 16;
+    }
+  }
+  if (text.empty()) return std::nullopt;
+  std::int64_t number = 0;
+  for (const wchar_t c : text) {
+    if (DigitValue(c) >= base) return std::nullopt;
+    number = number * base + DigitValue(c);
+    if (number > std::int64_t{std::numeric_limits<int>::max()} + 1) return std::nullopt;
+  }
+  if (negative) number = -number;
+  if (number > std::numeric_limits<int>::max()) return std::nullopt;
+  return static_cast<int>(number);
+}
+
+}  // namespace tarvelin

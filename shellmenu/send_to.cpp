@@ -1,0 +1,54 @@
+// The "Send to" page: the entries of the user's "Send to" folder.
+#include <utility>
+
+#include "common/Corvane_Routine_New.h"
+#include "shellmenu/list_update.h"
+#include "shellmenu/row_images.h"
+#include "shellmenu/shellmenu.h"
+
+namespace tarvelin {
+
+void ScanSendTo(TPlatform& platform, TListView& list, TImageList& images,
+                std::wstring_view sendToFolder) {
+  if (list.Count() > 0) return;
+  ScanFolderToList(platform, list, images, sendToFolder);
+  for (int row = 0; row < list.Count(); ++row) list.SetChecked(row, true);
+}
+
+int ScanFolderToList(TPlatform& platform, TListView& list, TImageList& images,
+                     std::wstring_view folder) {
+  ListUpdate update(list);
+  if (folder.empty()) {
+    // There is never anything to show then, so the list is left in its update.
+    update.LeaveOpen();
+    return 0;
+  }
+  std::wstring prefix(folder);
+  if (!prefix.ends_with(L'\\')) prefix += L'\\';
+
+  // Every name is taken before the first message is handled, so that no search handle is open while
+  // the user's clicks do what they like, removing a row or closing the window among it.
+  std::vector<std::wstring> names;
+  platform.files.ForEachEntry(prefix + L"*.*",
+                              [&](const std::wstring& name) { names.push_back(name); });
+  RowImages rowImages(platform, images);
+  int added = 0;
+  for (const std::wstring& name : names) {
+    platform.display.ProcessMessages();
+    // More rows than came from here: a second click on the page's item has listed the folder.
+    if (list.Count() > added) break;
+    if (name == L"." || name == L"..") continue;
+
+    auto record = std::make_unique<TSendTo>();
+    record->FilePath = prefix + name;
+    TListItem row;
+    row.caption = ReplaceAll(name, ExtractFileExt(name), L"");
+    row.imageIndex = rowImages.AddFileType(name);
+    row.data = std::move(record);
+    list.Add(std::move(row));
+    ++added;
+  }
+  return 0;
+}
+
+}  // namespace tarvelin

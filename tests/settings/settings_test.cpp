@@ -195,6 +195,7 @@ TEST_F(ChangeDialog, WritesOnlyWhenConfirmed) {
   Show(0, L"typed");
   Key(L'A');
   form_.ApplicationEvents1Message({7, kKeyDownMessage + 1, kReturnKey});  // the key goes up
+  form_.ApplicationEvents1Message({~std::uintptr_t{0}, kKeyDownMessage, kReturnKey});  // nobody's
   EXPECT_TRUE(form_.Visible());
   Key(kEscapeKey);
   EXPECT_FALSE(form_.Visible());

@@ -1,0 +1,126 @@
+// Drives the real program from outside, as a user and a screen reader do. Every wait ends: what
+// does not happen in time, or a control that is not there, throws DriverError, which the test
+// framework reports with its message.
+#pragma once
+
+#include <windows.h>
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "common/handles_win.h"
+
+namespace tarvelin::testing {
+
+class DriverError : public std::runtime_error {
+ public:
+  explicit DriverError(std::wstring_view message);
+};
+
+inline constexpr DWORD kPatience = 20000;  // milliseconds
+
+// Polls until `condition` holds; `what` completes "timed out waiting for ...".
+void WaitUntil(const std::function<bool()>& condition, std::wstring_view what,
+               DWORD milliseconds = kPatience);
+
+// A variable that the runner sets, such as TARVELIN_EXE.
+[[nodiscard]] std::wstring Environment(const wchar_t* name);
+
+// Copies the program with its language files into a folder and returns the path of the copy.
+std::wstring CopyProgram(const std::wstring& folder);
+
+// What a window tells others about itself. The text is read from the control, not from a cache.
+[[nodiscard]] std::wstring TextOf(HWND window);
+[[nodiscard]] std::wstring ClassOf(HWND window);
+void SetText(HWND edit, std::wstring_view text);
+
+// What a screen reader is told about a control (oleacc's role and state numbers).
+struct Accessible {
+  std::wstring name;
+  long role = 0;
+  long state = 0;
+  std::wstring action;
+};
+[[nodiscard]] Accessible AccessibleOf(HWND window);
+
+// The visible windows inside a window, at any depth, in the order of their creation.
+[[nodiscard]] std::vector<HWND> VisibleControls(HWND parent);
+
+// The one among them of that class with that text; an empty text means any.
+[[nodiscard]] HWND FindControl(HWND parent, std::wstring_view className, std::wstring_view text);
+
+// A message box that is open.
+struct Box {
+  HWND window = nullptr;
+  std::wstring caption;
+  std::wstring text;
+  std::vector<int> buttons;  // IDOK, IDYES, IDNO
+  bool icon = false;
+};
+
+// The running program. A command returns once it has been carried out or has opened a modal window:
+// when no box is open afterwards, none will come.
+class Program {
+ public:
+  // Starts it and waits until its window shows the first page. By default that is TARVELIN_EXE.
+  Program() : Program(Environment(L"TARVELIN_EXE")) {}
+  explicit Program(const std::wstring& exe, const std::wstring& currentFolder = L"",
+                   const std::wstring& arguments = L"");
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
+  ~Program();  // ends the process if it still runs
+
+  [[nodiscard]] HWND Window() const { return window_; }
+  [[nodiscard]] DWORD ProcessId() const { return processId_; }
+  [[nodiscard]] bool Running() const;
+  DWORD WaitForExit();  // returns the exit code
+  DWORD Close();        // closes the main window like the user and waits; returns the exit code
+
+  // A visible control in the main window; buttons, navigation items and check boxes are "Button".
+  [[nodiscard]] HWND Button(std::wstring_view caption) const;
+  [[nodiscard]] bool Enabled(std::wstring_view caption) const;
+
+  void Click(std::wstring_view caption);  // a button, a check box or a navigation item
+  // Sends a message as part of a command, such as BM_CLICK to a control of a dialog.
+  void Act(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
+
+  // The list of the page that is shown.
+  using Texts = std::vector<std::vector<std::wstring>>;
+  [[nodiscard]] HWND List() const;
+  [[nodiscard]] int RowCount() const;
+  [[nodiscard]] Texts Rows() const;  // every column of every row
+  [[nodiscard]] std::vector<int> Images() const;
+  [[nodiscard]] int RowOf(std::wstring_view text) const;  // by the first column
+  [[nodiscard]] int Selected() const;                     // -1 when none is
+  void Select(int row);                                   // -1 clears the selection
+  [[nodiscard]] bool Checked(int row) const;
+  void Check(int row, bool checked);
+  void DoubleClick(int row);
+
+  // Opens a page by its navigation item and returns its rows.
+  Texts Open(std::wstring_view item);
+
+  // The modal window that is open, null when there is none.
+  [[nodiscard]] HWND Modal() const;
+  [[nodiscard]] Box OpenBox() const;  // the message box that is open; an error when there is none
+  Box Answer(int button);             // the same, answered; the command goes on as far as it can
+
+ private:
+  [[nodiscard]] std::vector<HWND> TopLevelWindows() const;
+  [[nodiscard]] LRESULT Ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
+  template <class Item>
+  LRESULT AskWithItem(UINT message, WPARAM wParam, Item& item) const;
+  [[nodiscard]] std::wstring CellText(int row, int column) const;
+  void SetRowState(int row, UINT state, UINT mask);
+  void AwaitCommand(HWND former);
+
+  UniqueKernelObject process_;
+  DWORD processId_ = 0;
+  HWND window_ = nullptr;
+  std::vector<std::size_t> commands_;  // that have not returned
+};
+
+}  // namespace tarvelin::testing

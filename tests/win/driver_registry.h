@@ -1,0 +1,70 @@
+// The real registry and disk for tests: writing what a test needs, whatever its shape, and telling
+// what the program changed. A path is a root, long or short ("HKEY_CURRENT_USER", "HKCU"), and a
+// key path. What fails throws DriverError.
+#pragma once
+
+#include <windows.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "common/handles_win.h"
+#include "common/text.h"
+#include "tests/win/driver.h"
+
+namespace tarvelin::testing {
+
+// Each creates the key when it is missing. The empty value name is the default value.
+void MakeKey(const std::wstring& path);
+void WriteText(const std::wstring& path, const std::wstring& name, std::wstring_view text,
+               DWORD type = REG_SZ);
+void WriteInteger(const std::wstring& path, const std::wstring& name, DWORD number);
+void WriteValue(const std::wstring& path, const std::wstring& name, DWORD type, const Bytes& data);
+
+[[nodiscard]] bool HasKey(const std::wstring& path);
+// The text of a value; nullopt when it is missing or no text.
+[[nodiscard]] std::optional<std::wstring> ReadText(const std::wstring& path,
+                                                   const std::wstring& name);
+void DeleteKey(const std::wstring& path);  // with everything below it; a missing key is no error
+
+// A class that is registered machine-wide with a module, as add-ons are. An empty module registers
+// none.
+void RegisterClass(const std::wstring& classId, std::wstring_view name, std::wstring_view module);
+
+// A child whose name may hold any character, NUL included; it is created empty.
+void MakeOddKey(const std::wstring& parent, std::wstring_view name);
+
+// A symbolic link at `path` to the existing key `target`.
+void MakeLink(const std::wstring& path, const std::wstring& target);
+
+// Refuses access to a key until it is destroyed.
+inline constexpr wchar_t kNoAccess[] = L"D:(D;;KA;;;WD)";
+inline constexpr wchar_t kReadOnly[] = L"D:P(A;;KR;;;WD)";
+class AccessRule {
+ public:
+  AccessRule(const std::wstring& path, const wchar_t* rule);
+  AccessRule(const AccessRule&) = delete;
+  AccessRule& operator=(const AccessRule&) = delete;
+  ~AccessRule();
+
+ private:
+  UniqueRegistryKey key_;
+};
+
+// Copies a module of the sample (TARVELIN_SAMPLE) to a path, whose folders are made.
+void InstallModule(const std::wstring& sampleName, const std::wstring& path);
+void WriteFileBytes(const std::wstring& path, std::string_view bytes);
+[[nodiscard]] bool HasFile(const std::wstring& path);
+
+// One line for each key and value of a branch, or each file of a folder, sorted. Links are named
+// and not followed; characters that are not printable stand as \xNNNN.
+using Lines = std::vector<std::wstring>;
+[[nodiscard]] Lines DumpRegistry(const std::wstring& path);
+[[nodiscard]] Lines ListFiles(const std::wstring& folder);
+
+// What became of it: "- line" for each line that has gone, "+ line" for each new one.
+[[nodiscard]] Lines Differences(const Lines& before, const Lines& after);
+
+}  // namespace tarvelin::testing

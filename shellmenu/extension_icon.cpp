@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <optional>
+#include <string>
 
 #include "common/Corvane_Routine_New.h"
 #include "common/registry.h"
@@ -11,16 +13,56 @@
 namespace tarvelin {
 namespace {
 
-int RequireInteger(const std::wstring& text) {
-  if (const auto number = ParseInteger(text)) return *number;
-  throw TError(L"M_Error_Number", L"\"%s\" is not a valid number.", text);
-}
-
 int DigitValue(wchar_t c) {
   if (c >= L'0' && c <= L'9') return c - L'0';
   if (c >= L'a' && c <= L'f') return c - L'a' + 10;
   if (c >= L'A' && c <= L'F') return c - L'A' + 10;
   return 16;
+}
+
+// A number in decimal, or in hexadecimal after "$", "x" or "0x", with blanks and a sign before it;
+// nullopt for any other text and for what does not fit.
+std::optional<int> ParseInteger(std::wstring_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(L' '), text.size()));
+  const bool negative = text.starts_with(L'-');
+  if (negative || text.starts_with(L'+')) text.remove_prefix(1);
+  int base = 10;
+  for (const std::wstring_view prefix : {L"$", L"0x", L"0X", L"x", L"X"}) {
+    if (base == 10 && text.starts_with(prefix)) {
+      text.remove_prefix(prefix.size());
+      base = 16;
+    }
+  }
+  if (text.empty()) return std::nullopt;
+  std::int64_t number = 0;
+  for (const wchar_t c : text) {
+    if (DigitValue(c) >= base) return std::nullopt;
+    number = number * base + DigitValue(c);
+    if (number > std::int64_t{std::numeric_limits<int>::max()} + 1) return std::nullopt;
+  }
+  if (negative) number = -number;
+  if (number > std::numeric_limits<int>::max()) return std::nullopt;
+  return static_cast<int>(number);
+}
+
+int RequireInteger(const std::wstring& text) {
+  if (const auto number = ParseInteger(text)) return *number;
+  throw TError(L"M_Error_Number", L"\"%s\" is not a valid number.", text);
+}
+
+struct IconSpecification {
+  std::wstring file;   // without its double quotes
+  std::wstring index;  // "0" when there is none
+};
+
+// Takes "file,index" apart. A single character after the comma is not seen as an index.
+IconSpecification SplitIconSpecification(std::wstring_view specification) {
+  const auto comma = specification.find(L',');
+  IconSpecification result{ReplaceAll(specification.substr(0, comma), L"\"", L""), L"0"};
+  if (comma != std::wstring_view::npos && comma + 2 < specification.size()) {
+    result.index = specification.substr(comma + 1);
+  }
+  return result;
 }
 
 }  // namespace
@@ -65,38 +107,6 @@ int AddExtensionIcon(TPlatform& platform, RowImages& images, std::wstring_view e
           : CommandLineToFilePath(files, file);
   if (files.FileExists(path)) return images.AddExtracted(path, RequireInteger(index));
   return addShellIcon(0);
-}
-
-IconSpecification SplitIconSpecification(std::wstring_view specification) {
-  const auto comma = specification.find(L',');
-  IconSpecification result{ReplaceAll(specification.substr(0, comma), L"\"", L""), L"0"};
-  if (comma != std::wstring_view::npos && comma + 2 < specification.size()) {
-    result.index = specification.substr(comma + 1);
-  }
-  return result;
-}
-
-std::optional<int> ParseInteger(std::wstring_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(L' '), text.size()));
-  const bool negative = text.starts_with(L'-');
-  if (negative || text.starts_with(L'+')) text.remove_prefix(1);
-  int base = 10;
-  for (const std::wstring_view prefix : {L"$", L"0x", L"0X", L"x", L"X"}) {
-    if (base == 10 && text.starts_with(prefix)) {
-      text.remove_prefix(prefix.size());
-      base = 16;
-    }
-  }
-  if (text.empty()) return std::nullopt;
-  std::int64_t number = 0;
-  for (const wchar_t c : text) {
-    if (DigitValue(c) >= base) return std::nullopt;
-    number = number * base + DigitValue(c);
-    if (number > std::int64_t{std::numeric_limits<int>::max()} + 1) return std::nullopt;
-  }
-  if (negative) number = -number;
-  if (number > std::numeric_limits<int>::max()) return std::nullopt;
-  return static_cast<int>(number);
 }
 
 }  // namespace tarvelin

@@ -1,8 +1,6 @@
 // The icon of a file type, from the icon specification that its program identifier registers.
 #pragma once
 
-#include <optional>
-#include <string>
 #include <string_view>
 
 #include "common/platform.h"
@@ -16,17 +14,5 @@ namespace tarvelin {
 // registry is no number.
 int AddExtensionIcon(TPlatform& platform, RowImages& images, std::wstring_view extension,
                      std::wstring_view programId);
-
-// "file,index" taken apart: the file without its double quotes, and the text of the index. An index
-// of one character after the comma is not seen and counts as "0", like a missing one.
-struct IconSpecification {
-  std::wstring file;
-  std::wstring index;
-};
-[[nodiscard]] IconSpecification SplitIconSpecification(std::wstring_view specification);
-
-// A number in decimal, or in hexadecimal after "$", "x" or "0x", with blanks and a sign before it;
-// nullopt for any other text and for what does not fit.
-[[nodiscard]] std::optional<int> ParseInteger(std::wstring_view text);
 
 }  // namespace tarvelin

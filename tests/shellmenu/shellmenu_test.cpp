@@ -115,7 +115,8 @@ TEST_F(ShellMenuTest, LeavesOutWhatIsNoEntryOrBelongsToWindows) {
   const std::wstring windowsOwn = L"{09799AFB-AD67-11D1-ABCD-00C04FC30936}";
   registry.Text(kRoot + L"*\\shell\\noCommand", L"", L"Text")
       .Text(kRoot + L"*\\shell\\" + windowsOwn + L"\\Command", L"", L"x.exe")
-      .Text(kRoot + L"*\\shell\\prompt\\Command", L"", L"cmd.exe /k \"cd %L\"")
+      .Text(kRoot + L"Directory\\shell\\prompt", L"", L"Prompt")
+      .Text(kRoot + L"Directory\\shell\\prompt\\command", L"", L"cmd.exe /k \"cd %L\"")
       .Text(kRoot + kBin + L"silent\\Command", L"", L"only.exe")
       .Text(kRoot + kBin + L"textOnly", L"", L"Only text")
       .Text(kRoot + L"Directory\\shell\\noText\\command", L"", L"x.exe")
@@ -130,9 +131,9 @@ TEST_F(ShellMenuTest, LeavesOutWhatIsNoEntryOrBelongsToWindows) {
         .Key(handlers + L"empty");
   }
   ScanExtensions();
-  EXPECT_EQ(Captions(), (Texts{L"prompt", L"", L"Only text", windowsOwn, windowsOwn}));
-  EXPECT_EQ(Extension(1).Target, L"only.exe");
-  EXPECT_EQ(Extension(2).Target, L"Only text") << "the verb's key stayed open";
+  EXPECT_EQ(Captions(), (Texts{L"", L"Only text", L"Prompt", windowsOwn, windowsOwn}));
+  EXPECT_EQ(Extension(0).Target, L"only.exe");
+  EXPECT_EQ(Extension(1).Target, L"Only text") << "the verb's key stayed open";
   EXPECT_EQ(Extension(3).Target, L"{Directory}");
   EXPECT_EQ(Extension(4).Target, L"{Folder}");
 }

@@ -81,17 +81,20 @@ build_one() { # PRESET PACKAGE OPTIONS...
   echo "build-deps: building $package for $preset"
   cmake -G Ninja -S "src/$package" -B "$preset.build/$package" \
     -DCMAKE_TOOLCHAIN_FILE="$root/cmake/$preset.cmake" -DCMAKE_BUILD_TYPE=Release \
-    -DCMAKE_INSTALL_PREFIX="$deps/$preset" "$@"
+    -DCMAKE_INSTALL_PREFIX="$deps/$preset.new" "$@"
   cmake --build "$preset.build/$package" --target install
 }
 
 build() {
   local preset=$1
-  rm -rf "$preset" "$preset.build"
+  rm -rf "$preset.new" "$preset.build"
   build_one "$preset" libpng1.6 -DPNG_SHARED=OFF -DPNG_TESTS=OFF
   build_one "$preset" libjpeg-turbo -DENABLE_SHARED=OFF -DWITH_TURBOJPEG=OFF -DWITH_SIMD=OFF
-  rm -rf "$preset.build"
-  echo "$stamp" >"$preset/stamp"
+  cat src/libpng1.6/LICENSE src/libjpeg-turbo/LICENSE.md /usr/share/doc/libz-mingw-w64-dev/copyright \
+    /usr/share/doc/mingw-w64-common/copyright >"$preset.new/licenses.txt"
+  echo "$stamp" >"$preset.new/stamp"
+  rm -rf "$preset.build" "$preset"
+  mv "$preset.new" "$preset"
 }
 
 cd "$deps"

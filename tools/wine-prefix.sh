@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Private Wine prefixes: each a small Windows of its own, copied in a moment from one that is made
 # once (build/wine/base).
+#   wine-prefix.sh base              makes that one now; otherwise the first "new" does
 #   wine-prefix.sh new DIR null      a prefix whose programs get windows but no screen
 #   wine-prefix.sh new DIR desktop   one that draws a 1280x1024 desktop on the caller's DISPLAY
 #   wine-prefix.sh env DIR           prints the settings under which programs run in it, for eval
@@ -18,6 +19,8 @@ base=$tools/../build/wine/base
 
 settings() {
   printf 'export WINEPREFIX=%q WINEARCH=win64 WINEDEBUG=-all\n' "$(realpath "$1")"
+  # The same English Windows everywhere, with file names in UTF-8.
+  printf 'export LC_ALL=C.UTF-8\n'
   printf 'export WINEDLLOVERRIDES=%q\n' "mscoree,mshtml=;winemenubuilder.exe,winedbg.exe=d"
 }
 
@@ -82,6 +85,7 @@ stop() {
 }
 
 case ${1-}:$# in
+  base:1) make_base ;;
   new:3) new "$2" "$3" ;;
   env:2) settings "$2" ;;
   stop:2) stop "$2" ;;

@@ -1,0 +1,65 @@
+#!/usr/bin/env bash
+# Installs what is missing on a Debian machine: install-packages.sh build|test|run...
+set -euo pipefail
+
+packages=()
+for purpose in "$@"; do
+  case $purpose in
+    build)
+      packages+=(cmake ninja-build g++ g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
+        libz-mingw-w64-dev dpkg-dev ca-certificates)
+      ;;
+    test)
+      packages+=(googletest libpng-dev libjpeg62-turbo-dev clang-format-14 clang-tidy-14
+        wine wine64 fonts-wine)
+      ;;
+    run)
+      packages+=(wine wine64 fonts-wine xvfb xdotool imagemagick)
+      ;;
+    *)
+      echo "install-packages: build, test or run, not $purpose" >&2
+      exit 2
+      ;;
+  esac
+done
+
+command -v dpkg-query >/dev/null || {
+  echo "This needs a Debian machine, for apt-get and its packages: ${packages[*]}" >&2
+  exit 1
+}
+is_missing() {
+  ! dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null | grep -qx installed
+}
+missing=()
+for package in "${packages[@]}"; do
+  if is_missing "$package"; then missing+=("$package"); fi
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+as_root=()
+if [ "$(id -u)" != 0 ]; then
+  command -v sudo >/dev/null || {
+    echo "Missing, and neither root nor sudo to install them: ${missing[*]}" >&2
+    exit 1
+  }
+  as_root=(sudo)
+fi
+echo "Installing: ${missing[*]}"
+# Lists of other makers may fail to load; what matters is whether the packages can be had.
+"${as_root[@]}" apt-get -q update || true
+unknown=()
+for package in "${missing[@]}"; do
+  apt-cache show "$package" >/dev/null 2>&1 || unknown+=("$package")
+done
+if [ ${#unknown[@]} -gt 0 ]; then
+  echo "This machine's package sources do not have: ${unknown[*]}" >&2
+  exit 1
+fi
+"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+  apt-get -q install -y --no-install-recommends "${missing[@]}"
+for package in "${missing[@]}"; do
+  if is_missing "$package"; then
+    echo "$package could not be installed" >&2
+    exit 1
+  fi
+done

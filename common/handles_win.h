@@ -135,4 +135,11 @@ class WindowDc {
   HDC dc_;
 };
 
+// An export of a loaded module (GetProcAddress) as a function of type `Function`; null when the
+// module, or this release of Windows, has none of that name.
+template <class Function>
+[[nodiscard]] Function FindExport(HMODULE module, const char* name) {
+  return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
 }  // namespace tarvelin

@@ -1,0 +1,77 @@
+#include "common/version_win.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace tarvelin {
+namespace {
+
+// VerQueryValueW trusts the lengths inside of a resource, which a broken file may have wrong. They
+// are 16-bit numbers and there are four levels of blocks, so a query runs past the end by less than
+// this, into zeros, and never past the buffer.
+constexpr std::size_t kRoomBehind = 256 * 1024;
+
+class WindowsVersionResource : public VersionResource {
+ public:
+  // `block` has the room behind the resource.
+  explicit WindowsVersionResource(Bytes block) : block_(std::move(block)) {}
+
+  std::optional<std::pair<std::uint16_t, std::uint16_t>> Translation() override {
+    std::uint16_t words[2]{};
+    if (!Copy(L"\\VarFileInfo\\Translation", words, sizeof words)) return std::nullopt;
+    return {{words[0], words[1]}};
+  }
+
+  std::optional<std::wstring> Text(const std::wstring& subBlock) override {
+    const auto found = Query(subBlock, sizeof(wchar_t));
+    if (!found) return std::nullopt;
+    std::wstring text = FromUtf16Le(*found);
+    text.resize(std::min(text.find(L'\0'), text.size()));
+    return text;
+  }
+
+  std::optional<std::array<std::uint32_t, 13>> FixedInfo() override {
+    std::array<std::uint32_t, 13> words{};
+    if (!Copy(L"\\", words.data(), sizeof words)) return std::nullopt;
+    return words;
+  }
+
+ private:
+  // The value of a sub-block, whose length Windows counts in units of `unit` bytes.
+  std::optional<std::span<const std::byte>> Query(const std::wstring& subBlock, std::size_t unit) {
+    void* value = nullptr;
+    UINT length = 0;
+    if (!VerQueryValueW(block_.data(), subBlock.c_str(), &value, &length) || !value) {
+      return std::nullopt;
+    }
+    const auto start = reinterpret_cast<std::uintptr_t>(value);
+    const auto begin = reinterpret_cast<std::uintptr_t>(block_.data());
+    if (start < begin || start - begin > block_.size()) return std::nullopt;
+    const auto rest = std::span<const std::byte>(block_).subspan(start - begin);
+    return rest.first(std::min(rest.size(), length * unit));
+  }
+
+  bool Copy(const std::wstring& subBlock, void* target, std::size_t size) {
+    const auto found = Query(subBlock, 1);
+    if (!found || found->size() < size) return false;
+    std::memcpy(target, found->data(), size);
+    return true;
+  }
+
+  Bytes block_;
+};
+
+}  // namespace
+
+std::unique_ptr<VersionResource> OpenVersionResourceOf(const std::wstring& path) {
+  DWORD unused = 0;
+  const DWORD size = GetFileVersionInfoSizeW(path.c_str(), &unused);
+  if (size == 0) return nullptr;
+  Bytes block(size + kRoomBehind);
+  if (!GetFileVersionInfoW(path.c_str(), 0, size, block.data())) return nullptr;
+  return std::make_unique<WindowsVersionResource>(std::move(block));
+}
+
+}  // namespace tarvelin

@@ -7,10 +7,10 @@ for purpose in "$@"; do
   case $purpose in
     build)
       packages+=(cmake ninja-build g++ g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
-        libz-mingw-w64-dev dpkg-dev ca-certificates)
+        libz-mingw-w64-dev googletest dpkg-dev ca-certificates)
       ;;
     test)
-      packages+=(googletest libpng-dev libjpeg62-turbo-dev clang-format-14 clang-tidy-14
+      packages+=(libpng-dev libjpeg62-turbo-dev clang-format-14 clang-tidy-14
         wine wine64 fonts-wine)
       ;;
     run)

@@ -3,7 +3,8 @@
 # once (build/wine/base).
 #   wine-prefix.sh base              makes that one now; otherwise the first "new" does
 #   wine-prefix.sh new DIR null      a prefix whose programs get windows but no screen
-#   wine-prefix.sh new DIR desktop   one that draws a 1280x1024 desktop on the caller's DISPLAY
+#   wine-prefix.sh new DIR screen    one whose windows appear on the caller's DISPLAY
+#   wine-prefix.sh new DIR desktop   the same on a desktop of its own, 1280x1024, drawn there
 #   wine-prefix.sh env DIR           prints the settings under which programs run in it, for eval
 #   wine-prefix.sh stop DIR          ends its programs; its registry is on disk afterwards
 #   wine-prefix.sh remove DIR        stop, and delete the folder
@@ -66,12 +67,13 @@ new() {
     null)
       printf '\n[Software\\\\Wine\\\\Drivers] 1700000000\n"Graphics"="null"\n'
       ;;
+    screen) ;;
     desktop)
       printf '\n[Software\\\\Wine\\\\Explorer] 1700000000\n"Desktop"="Default"\n'
       printf '\n[Software\\\\Wine\\\\Explorer\\\\Desktops] 1700000000\n"Default"="1280x1024"\n'
       ;;
     *)
-      echo "wine-prefix: null or desktop, not $mode" >&2
+      echo "wine-prefix: null, screen or desktop, not $mode" >&2
       exit 2
       ;;
   esac >>"$dir/user.reg"

@@ -26,7 +26,7 @@ class MainForm : public ::testing::Test {
     registry.Text(kClasses + std::wstring(L"Drive\\shellex\\ContextMenuHandlers\\Disk"), L"",
                   L"{2}");
     for (const wchar_t* name : {L"{B}", L"{C}"}) {
-      AddModule(name, L"C:\\" + std::wstring(name) + L".dll");
+      AddModule(name, L"C:\\" + std::wstring(name).substr(1, 1) + L".dll");
       registry.Integer(kStats + std::wstring(name) + L"\\iexplore", L"Type", 3);
     }
     AddModule(L"{T1}", L"C:\\t1.dll");
@@ -178,7 +178,7 @@ TEST_F(MainForm, AModuleInUseStaysAndAnUndeletableToolbarFileIsReported) {
                                L"Unable to delete file", 0x10};
   Visit(L"IE BHOs");
   List(L"lvBHO").SetSelectedIndex(0);
-  world_.files.locked.insert(L"C:\\{B}.dll");
+  world_.files.locked.insert(L"C:\\B.dll");
   const auto before = world_.registry.Dump();
   world_.boxes.answers = {kAnswerYes, kAnswerOk};
   Press(L"btnBHORmv");
@@ -190,7 +190,7 @@ TEST_F(MainForm, AModuleInUseStaysAndAnUndeletableToolbarFileIsReported) {
   world_.boxes.answers = {kAnswerYes, kAnswerOk};
   Press(L"btnBHORmv");
   EXPECT_EQ(world_.boxes.shown.back().text, L"Remove successfully!");
-  EXPECT_EQ(world_.modules.unregistered, std::vector<std::wstring>{L"C:\\{C}.dll"});
+  EXPECT_EQ(world_.modules.unregistered, std::vector<std::wstring>{L"C:\\C.dll"});
   EXPECT_FALSE(world_.registry.Has(kClasses + std::wstring(L"CLSID\\{C}")));
   EXPECT_TRUE(world_.registry.Has(kClasses + std::wstring(L"CLSID\\{B}")));
 

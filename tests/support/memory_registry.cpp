@@ -22,10 +22,14 @@ constexpr std::wstring_view kClassesRoot = L"HKEY_CLASSES_ROOT";
 
 std::wstring_view RootName(RootKey root) {
   switch (root) {
-    case RootKey::ClassesRoot: return kClassesRoot;
-    case RootKey::CurrentUser: return L"HKEY_CURRENT_USER";
-    case RootKey::LocalMachine: return L"HKEY_LOCAL_MACHINE";
-    case RootKey::Users: break;
+    case RootKey::ClassesRoot:
+      return kClassesRoot;
+    case RootKey::CurrentUser:
+      return L"HKEY_CURRENT_USER";
+    case RootKey::LocalMachine:
+      return L"HKEY_LOCAL_MACHINE";
+    case RootKey::Users:
+      break;
   }
   return L"HKEY_USERS";
 }
@@ -36,43 +40,57 @@ std::pair<std::wstring_view, std::wstring_view> SplitFirst(std::wstring_view pat
   return {path.substr(0, end), path.substr(end + 1)};
 }
 
+// The children or values of all nodes together, each name once, as the first node has it.
+template <class Map>
+std::vector<std::wstring> NamesOf(const std::vector<std::shared_ptr<MemoryRegistry::Node>>& nodes,
+                                  Map MemoryRegistry::Node::*map) {
+  std::map<std::wstring, bool, TextLess> all;
+  for (const auto& node : nodes) {
+    if (node->deleted) continue;
+    for (const auto& [name, item] : (*node).*map) all.emplace(name, true);
+  }
+  std::vector<std::wstring> names;
+  for (const auto& [name, unused] : all) names.push_back(name);
+  return names;
+}
+
+// One node, or below HKEY_CLASSES_ROOT the user's in front of the machine's.
 class MemoryKey : public RegistryKey {
  public:
-  MemoryKey(std::shared_ptr<MemoryRegistry::Node> node, std::wstring path, RegistryAccess access,
-            int& queries)
-      : node_(std::move(node)), path_(std::move(path)), access_(access), queries_(queries) {}
+  MemoryKey(std::vector<std::shared_ptr<MemoryRegistry::Node>> nodes, std::wstring path,
+            RegistryAccess access, int& queries)
+      : nodes_(std::move(nodes)), path_(std::move(path)), access_(access), queries_(queries) {}
 
   const std::wstring& Path() const { return path_; }
 
   std::vector<std::wstring> SubkeyNames() const override {
-    std::vector<std::wstring> names;
-    for (const auto& [name, child] : node_->keys) names.push_back(name);
-    return names;
+    return NamesOf(nodes_, &MemoryRegistry::Node::keys);
   }
   std::vector<std::wstring> ValueNames() const override {
-    std::vector<std::wstring> names;
-    for (const auto& [name, value] : node_->values) names.push_back(name);
-    return names;
+    return NamesOf(nodes_, &MemoryRegistry::Node::values);
   }
   std::optional<RegistryValue> Query(const std::wstring& name) const override {
     ++queries_;
-    const auto found = node_->values.find(name);
-    if (node_->deleted || found == node_->values.end()) return std::nullopt;
-    return found->second;
+    for (const auto& node : nodes_) {
+      const auto found = node->values.find(name);
+      if (!node->deleted && found != node->values.end()) return found->second;
+    }
+    return std::nullopt;
   }
   bool SetText(const std::wstring& name, std::wstring_view text) override {
-    if (access_ != RegistryAccess::Full || node_->deleted) return false;
+    if (access_ != RegistryAccess::Full || nodes_[0]->deleted) return false;
     Bytes data = ToUtf16Le(text);
     data.resize(data.size() + 2);
-    node_->values[name] = {kRegSz, std::move(data)};
+    nodes_[0]->values[name] = {kRegSz, std::move(data)};
     return true;
   }
   bool RemoveValue(const std::wstring& name) override {
-    return access_ == RegistryAccess::Full && node_->values.erase(name) > 0;
+    return access_ == RegistryAccess::Full && !nodes_[0]->deleted &&
+           nodes_[0]->values.erase(name) > 0;
   }
 
  private:
-  std::shared_ptr<MemoryRegistry::Node> node_;
+  std::vector<std::shared_ptr<MemoryRegistry::Node>> nodes_;
   std::wstring path_;
   RegistryAccess access_;
   int& queries_;
@@ -85,7 +103,8 @@ void DumpNode(const MemoryRegistry::Node& node, int depth, std::wstring& out) {
     if (value.type == kRegSz || value.type == kRegExpandSz) {
       out += FromUtf16Le(value.data);
     } else {
-      for (const std::byte byte : value.data) out += std::to_wstring(std::to_integer<int>(byte)) + L",";
+      for (const std::byte byte : value.data)
+        out += std::to_wstring(std::to_integer<int>(byte)) + L",";
     }
     out += L"\n";
   }
@@ -151,8 +170,7 @@ std::shared_ptr<MemoryRegistry::Node> MemoryRegistry::Find(std::wstring_view ful
 
 std::shared_ptr<MemoryRegistry::Node> MemoryRegistry::Make(std::wstring_view fullPath) {
   if (SameText(SplitFirst(fullPath).first, kClassesRoot)) {
-    return Make(std::wstring(kMachineClasses) +
-                std::wstring(fullPath.substr(kClassesRoot.size())));
+    return Make(std::wstring(kMachineClasses) + std::wstring(fullPath.substr(kClassesRoot.size())));
   }
   auto node = top_;
   for (std::wstring_view rest = fullPath; !rest.empty();) {
@@ -242,8 +260,7 @@ std::wstring MemoryRegistry::Resolve(RootKey root, const RegistryKey* base,
 }
 
 std::unique_ptr<RegistryKey> MemoryRegistry::Open(RootKey root, const RegistryKey* base,
-                                                  const std::wstring& path,
-                                                  RegistryAccess access) {
+                                                  const std::wstring& path, RegistryAccess access) {
   const auto full = Resolve(root, base, path);
   ++opens;
   if (beforeOpen) beforeOpen(full);
@@ -251,7 +268,18 @@ std::unique_ptr<RegistryKey> MemoryRegistry::Open(RootKey root, const RegistryKe
   if (!node || node->denied || (node->writingDenied && access == RegistryAccess::Full)) {
     return nullptr;
   }
-  return std::make_unique<MemoryKey>(std::move(node), full, access, queries);
+  return Wrap(full, std::move(node), access);
+}
+
+std::unique_ptr<RegistryKey> MemoryRegistry::Wrap(const std::wstring& full,
+                                                  std::shared_ptr<Node> node,
+                                                  RegistryAccess access) {
+  std::vector<std::shared_ptr<Node>> nodes{std::move(node)};
+  if (SameText(SplitFirst(full).first, kClassesRoot)) {
+    auto machine = Find(std::wstring(kMachineClasses) + full.substr(kClassesRoot.size()), true);
+    if (machine && machine != nodes[0] && !machine->denied) nodes.push_back(std::move(machine));
+  }
+  return std::make_unique<MemoryKey>(std::move(nodes), full, access, queries);
 }
 
 std::unique_ptr<RegistryKey> MemoryRegistry::Create(RootKey root, const RegistryKey* base,
@@ -271,25 +299,32 @@ std::unique_ptr<RegistryKey> MemoryRegistry::Create(RootKey root, const Registry
   }
   auto node = Find(full, true);
   if (!node) node = Make(full);
-  return std::make_unique<MemoryKey>(std::move(node), full, RegistryAccess::Full, queries);
+  return Wrap(full, std::move(node), RegistryAccess::Full);
 }
 
 bool MemoryRegistry::RemoveTree(RootKey root, const RegistryKey* base, const std::wstring& path) {
   if (path.empty()) return false;
   const auto full = Resolve(root, base, path);
+  if (!SameText(SplitFirst(full).first, kClassesRoot)) return RemoveAt(full);
+  // The user's key and then the machine's, which comes to light behind it.
+  bool removed = false;
+  for (const auto classes : {kUserClasses, kMachineClasses}) {
+    const auto one = std::wstring(classes) + full.substr(kClassesRoot.size());
+    if (!Find(one, false)) continue;
+    if (!RemoveAt(one)) return false;
+    removed = true;
+  }
+  return removed;
+}
+
+bool MemoryRegistry::RemoveAt(const std::wstring& full) {
   const auto node = Find(full, false);
   if (!node || node->denied || node->writingDenied) return false;
   if (node->linkTarget.empty() && !RemoveChildren(*node)) return false;
+  MarkDeleted(*node);
   const auto end = full.rfind(L'\\');
   const auto parent = Find(std::wstring_view(full).substr(0, end), true);
-  const auto name = full.substr(end + 1);
-  MarkDeleted(*node);
-  if (parent && parent->keys.erase(name) > 0) return true;
-  // HKEY_CLASSES_ROOT: the key stands in the machine's classes while its parent is the user's.
-  const auto machine = Find(std::wstring(kMachineClasses) +
-                                full.substr(kClassesRoot.size(), end - kClassesRoot.size()),
-                            true);
-  return machine && machine->keys.erase(name) > 0;
+  return parent && parent->keys.erase(full.substr(end + 1)) > 0;
 }
 
 }  // namespace tarvelin::testing

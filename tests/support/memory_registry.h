@@ -57,6 +57,9 @@ class MemoryRegistry : public RegistryBackend {
  private:
   [[nodiscard]] std::shared_ptr<Node> Find(std::wstring_view fullPath, bool followLastLink) const;
   std::shared_ptr<Node> Make(std::wstring_view fullPath);
+  std::unique_ptr<RegistryKey> Wrap(const std::wstring& full, std::shared_ptr<Node> node,
+                                    RegistryAccess access);
+  bool RemoveAt(const std::wstring& full);
   [[nodiscard]] std::wstring Resolve(RootKey root, const RegistryKey* base,
                                      const std::wstring& path) const;
 

@@ -1,0 +1,164 @@
+#include "common/registry.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/memory_registry.h"
+#include "tests/support/registry_contract.h"
+
+namespace tarvelin::testing {
+namespace {
+
+struct MemoryWorld : MemoryRegistry {
+  RegistryBackend& Backend() { return *this; }
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(Memory, RegistryContract, MemoryWorld);
+
+using Names = std::vector<std::wstring>;
+
+TEST(RegistryTest, AFailedOpenLeavesTheOpenKeyAndAnotherRootClosesIt) {
+  MemoryRegistry tree;
+  tree.Key(L"HKEY_CURRENT_USER\\A\\B\\C").Key(L"HKEY_LOCAL_MACHINE\\A");
+  TRegistry registry(tree);
+  EXPECT_TRUE(registry.GetKeyNames().empty());
+  EXPECT_TRUE(registry.OpenKey(L"A\\B", false));
+  for (const auto* missing : {L"\\Nowhere", L"A", L"\\\\A", L"\\A\\\\B", L"C\\\\", L"\\\\"}) {
+    EXPECT_FALSE(registry.OpenKey(missing, false)) << ToUtf8(missing);
+    EXPECT_FALSE(registry.KeyExists(missing)) << ToUtf8(missing);
+    EXPECT_EQ(registry.GetKeyNames(), Names{L"C"});
+  }
+  tree.DenyWriting(L"HKEY_CURRENT_USER\\A\\B\\C");
+  EXPECT_FALSE(registry.OpenKey(L"C", false));
+  EXPECT_TRUE(registry.KeyExists(L"C"));
+  EXPECT_TRUE(registry.OpenKeyReadOnly(L"C"));
+  EXPECT_TRUE(registry.OpenKey(L"\\A", false));
+  registry.SetRootKey(RootKey::CurrentUser);
+  EXPECT_EQ(registry.GetKeyNames(), Names{L"B"});
+  registry.SetRootKey(RootKey::LocalMachine);
+  EXPECT_TRUE(registry.GetKeyNames().empty());
+  EXPECT_FALSE(registry.DeleteValue(L""));
+}
+
+TEST(RegistryTest, ReadsByTypeWithOneQueryAndNamesTheValueInErrors) {
+  MemoryRegistry tree;
+  const std::wstring key = L"HKEY_CURRENT_USER\\K";
+  tree.Text(key, L"", L"text").Integer(key, L"number", 0xFFFFFFFE);
+  tree.Value(key, L"expand", kRegExpandSz, ToUtf16Le(L"%x%")).Value(key, L"list", 7, {});
+  TRegistry registry(tree);
+  ASSERT_TRUE(registry.OpenKeyReadOnly(L"\\K"));
+  EXPECT_EQ(registry.GetDataType(L""), DataType::rdString);
+  EXPECT_EQ(registry.GetDataType(L"EXPAND"), DataType::rdExpandString);
+  EXPECT_EQ(registry.GetDataType(L"number"), DataType::rdInteger);
+  EXPECT_EQ(registry.GetDataType(L"list"), DataType::rdBinary);
+  EXPECT_EQ(registry.GetDataType(std::wstring_view(L"\0", 1)), DataType::rdUnknown);
+  tree.queries = 0;
+  EXPECT_EQ(registry.ReadString(L"expand"), L"%x%");
+  EXPECT_EQ(tree.queries, 1);
+  EXPECT_EQ(registry.ReadInteger(L"number"), -2);
+  EXPECT_EQ(registry.ReadString(L"missing"), L"");
+
+  const auto errorOf = [](const auto& action) {
+    try {
+      action();
+    } catch (const TRegistryError& error) {
+      return error.Key() + L" " + error.Detail();
+    }
+    return std::wstring(L"none");
+  };
+  EXPECT_EQ(errorOf([&] { (void)registry.ReadString(L"number"); }), L"M_Error_Value_Type number");
+  EXPECT_EQ(errorOf([&] { (void)registry.ReadInteger(L""); }), L"M_Error_Value_Type (Default)");
+  EXPECT_EQ(errorOf([&] { (void)registry.ReadInteger(L"x"); }), L"M_Error_Value_Missing x");
+  EXPECT_EQ(errorOf([&] { registry.WriteString(L"w", L""); }), L"M_Error_Value_Write w");
+}
+
+TEST(RegistryTest, NoTextMakesARemovalTakeAParentKey) {
+  const std::wstring ie = L"\\SOFTWARE\\Microsoft\\Internet Explorer\\";
+  const std::vector<std::wstring> hostile{
+      // What is left of a location when the name at its end is empty.
+      L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Code Store Database\\Distribution Units\\",
+      L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\", L"HKEY_CLASSES_ROOT\\",
+      L"HKEY_CLASSES_ROOT\\\\", L"HKEY_CLASSES_ROOT\\CLSID\\\\", L"HKEY_CURRENT_USER\\",
+      L"HKEY_LOCAL_MACHINE" + ie + L"Extensions\\", L"HKEY_CURRENT_USER" + ie + L"MenuExt\\",
+      std::wstring(L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\\0", 43),
+      // The parents in other spellings and views, and what is above them.
+      L"HKEY_CLASSES_ROOT\\clsid", L"HKEY_CURRENT_USER\\software\\classes\\Clsid",
+      L"HKEY_CURRENT_USER\\Software\\Classes", L"HKEY_LOCAL_MACHINE\\Software",
+      L"HKEY_CLASSES_ROOT\\*\\shellex", L"HKEY_CLASSES_ROOT\\Directory",
+      L"HKEY_CLASSES_ROOT\\CLSID\\{645ff040-5081-101b-9f08-00aa002f954e}\\shell",
+      L"HKEY_USERS\\S-1-5-21-1", L"HKEY_USERS\\S-1-5-21-1\\Software\\Classes\\CLSID",
+      L"HKEY_USERS\\S-1-5-21-1_Classes\\CLSID\\", L"HKEY_USERS\\S-1-5-21-1_classes",
+      L"HKEY_USERS\\.DEFAULT\\Software\\Microsoft", L"", L"\\", L"Software"};
+  MemoryRegistry tree;
+  for (const auto* root :
+       {L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes", L"HKEY_USERS\\S-1-5-21-1_Classes",
+        L"HKEY_CURRENT_USER\\Software\\Classes", L"HKEY_USERS\\S-1-5-21-1\\Software\\Classes"}) {
+    tree.Key(root + std::wstring(L"\\CLSID\\{645FF040-5081-101B-9F08-00AA002F954E}\\Shell\\x"));
+    tree.Key(root + std::wstring(L"\\*\\shellex\\ContextMenuHandlers\\x"));
+    tree.Key(root + std::wstring(L"\\Directory\\shell\\x"));
+  }
+  tree.Key(L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Code Store Database\\Distribution Units\\x");
+  tree.Key(L"HKEY_LOCAL_MACHINE" + ie + L"Extensions\\x");
+  tree.Key(L"HKEY_CURRENT_USER" + ie + L"MenuExt\\x");
+  tree.Key(L"HKEY_USERS\\.DEFAULT\\Software\\Microsoft\\Internet Explorer\\Main");
+  const auto before = tree.Dump();
+  for (const auto& location : hostile) {
+    DeleteLocationKey(tree, location);
+    ASSERT_EQ(tree.Dump(), before) << ToUtf8(location);
+  }
+  TRegistry registry(tree);
+  registry.SetRootKey(RootKey::LocalMachine);
+  ASSERT_TRUE(registry.OpenKey(L"\\SOFTWARE\\Classes", false));
+  EXPECT_FALSE(registry.DeleteKey(L"CLSID"));
+  EXPECT_FALSE(registry.DeleteKey(L""));
+  EXPECT_EQ(tree.Dump(), before);
+}
+
+TEST(RegistryTest, LocationsNameExactlyTheKeyOrValueToDelete) {
+  MemoryRegistry tree;
+  tree.Key(L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\{X}\\Sub");
+  tree.Key(L"HKEY_CURRENT_USER\\Foo\\Foo").Key(L"HKEY_CURRENT_USER\\SOFTWARE\\Bar");
+  tree.Key(L"HKEY_LOCAL_MACHINE\\SOFTWARE\\ClassesTwo");
+  DeleteLocationKey(tree, L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\{X}\\");
+  DeleteLocationKey(tree, L"HKEY_LOCAL_MACHINE\\SOFTWARE\\ClassesTwo");
+  DeleteLocationKey(tree, L"Foo");
+  DeleteLocationKey(tree, L"hkey_local_machine\\SOFTWARE\\Bar");  // no root: the current user's
+  EXPECT_EQ(tree.Dump(),
+            L"[HKEY_CURRENT_USER]\n  [SOFTWARE]\n[HKEY_LOCAL_MACHINE]\n"
+            L"  [Software]\n    [Classes]\n      [CLSID]\n[HKEY_USERS]\n");
+
+  const std::wstring key = L"HKEY_CURRENT_USER\\K";
+  tree.Text(key, L"", L"d").Text(key, L"a|b", L"v").Text(key, L"keep", L"v");
+  DeleteLocationValue(tree, key + L"\\", L"A|B");
+  DeleteLocationValue(tree, key, L"");
+  DeleteLocationValue(tree, key + L"\\Missing", L"keep");
+  DeleteLocationValue(tree, key, std::wstring_view(L"keep\0", 5));
+  EXPECT_EQ(tree.Open(RootKey::CurrentUser, nullptr, L"K", RegistryAccess::Read)->ValueNames(),
+            Names{L"keep"});
+
+  const auto parts = SplitValueLocation(L"HKEY_USERS\\a|b|c");
+  EXPECT_EQ(parts.key + L" " + parts.value, L"HKEY_USERS\\a c");
+  EXPECT_EQ(SplitValueLocation(L"k|").value, L"");
+  EXPECT_EQ(SplitLocation(L"HKEY_USERS\\a\\").root, RootKey::Users);
+  EXPECT_EQ(SplitLocation(L"HKEY_USERS").path, L"HKEY_USERS");
+}
+
+TEST(RegistryTest, ClassesAreTheUsersOverTheMachinesAndGoTogether) {
+  MemoryRegistry tree;
+  const std::wstring user = L"HKEY_CURRENT_USER\\Software\\Classes\\";
+  const std::wstring machine = L"HKEY_LOCAL_MACHINE\\Software\\Classes\\";
+  tree.Text(user + L".a", L"", L"user").Key(user + L".a\\u").Key(user + L".c");
+  tree.Text(machine + L".a", L"", L"machine").Text(machine + L".a", L"m", L"machine");
+  tree.Key(machine + L".a\\m").Key(machine + L".b");
+  TRegistry registry(tree);
+  registry.SetRootKey(RootKey::ClassesRoot);
+  ASSERT_TRUE(registry.OpenKey(L"\\", false));
+  EXPECT_EQ(registry.GetKeyNames(), (Names{L".a", L".b", L".c"}));
+  ASSERT_TRUE(registry.OpenKey(L"\\.a", false));
+  EXPECT_EQ(registry.GetKeyNames(), (Names{L"m", L"u"}));
+  EXPECT_EQ(registry.ReadString(L"") + registry.ReadString(L"m"), L"usermachine");
+  EXPECT_TRUE(registry.DeleteKey(L"\\.a"));
+  EXPECT_FALSE(tree.Has(user + L".a"));
+  EXPECT_FALSE(tree.Has(machine + L".a"));
+}
+
+}  // namespace
+}  // namespace tarvelin::testing

@@ -46,7 +46,7 @@ struct Accessible {
 };
 [[nodiscard]] Accessible AccessibleOf(HWND window);
 
-// The visible windows inside a window, at any depth, in the order of their creation.
+// The visible windows inside a window, at any depth, from the top of the Z order.
 [[nodiscard]] std::vector<HWND> VisibleControls(HWND parent);
 
 // The one among them of that class with that text; an empty text means any.
@@ -65,10 +65,10 @@ struct Box {
 // when no box is open afterwards, none will come.
 class Program {
  public:
-  // Starts it and waits until its window shows the first page. By default that is TARVELIN_EXE.
+  // Starts it, TARVELIN_EXE by default, and waits until its window shows the first page, or until a
+  // message box comes before the window; answer that one first.
   Program() : Program(Environment(L"TARVELIN_EXE")) {}
-  explicit Program(const std::wstring& exe, const std::wstring& currentFolder = L"",
-                   const std::wstring& arguments = L"");
+  explicit Program(const std::wstring& exe, const std::wstring& currentFolder = L"");
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
   ~Program();  // ends the process if it still runs
@@ -86,6 +86,9 @@ class Program {
   void Click(std::wstring_view caption);  // a button, a check box or a navigation item
   // Sends a message as part of a command, such as BM_CLICK to a control of a dialog.
   void Act(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
+  // A key, pressed and released in the control that has the focus.
+  void Press(WORD key);
+  [[nodiscard]] HWND Focused() const;
 
   // The list of the page that is shown.
   using Texts = std::vector<std::vector<std::wstring>>;
@@ -98,7 +101,7 @@ class Program {
   void Select(int row);                                   // -1 clears the selection
   [[nodiscard]] bool Checked(int row) const;
   void Check(int row, bool checked);
-  void DoubleClick(int row);
+  void DoubleClick(int row);  // -1: below the rows
 
   // Opens a page by its navigation item and returns its rows.
   Texts Open(std::wstring_view item);
@@ -110,15 +113,16 @@ class Program {
 
  private:
   [[nodiscard]] std::vector<HWND> TopLevelWindows() const;
-  [[nodiscard]] LRESULT Ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
   template <class Item>
-  LRESULT AskWithItem(UINT message, WPARAM wParam, Item& item) const;
-  [[nodiscard]] std::wstring CellText(int row, int column) const;
+  LRESULT AskWithItem(HWND list, UINT message, WPARAM wParam, Item& item) const;
+  [[nodiscard]] std::wstring CellText(HWND list, int row, int column) const;
   void SetRowState(int row, UINT state, UINT mask);
+  void AwaitWindow();
   void AwaitCommand(HWND former);
 
   UniqueKernelObject process_;
   DWORD processId_ = 0;
+  void* remote_ = nullptr;  // in the program's memory
   HWND window_ = nullptr;
   std::vector<std::size_t> commands_;  // that have not returned
 };

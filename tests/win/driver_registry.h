@@ -50,16 +50,17 @@ class AccessRule {
   ~AccessRule();
 
  private:
+  bool Set(const wchar_t* rule);
   UniqueRegistryKey key_;
 };
 
 // Copies a module of the sample (TARVELIN_SAMPLE) to a path, whose folders are made.
 void InstallModule(const std::wstring& sampleName, const std::wstring& path);
 void WriteFileBytes(const std::wstring& path, std::string_view bytes);
-[[nodiscard]] bool HasFile(const std::wstring& path);
 
-// One line for each key and value of a branch, or each file of a folder, sorted. Links are named
-// and not followed; characters that are not printable stand as \xNNNN.
+// One line for each key ("path") and value ("path|name=type:data", data as text or in hex) of a
+// branch, or for each file of a folder ("path size"), sorted. Links are named
+// and not followed; control characters stand as \xNNNN.
 using Lines = std::vector<std::wstring>;
 [[nodiscard]] Lines DumpRegistry(const std::wstring& path);
 [[nodiscard]] Lines ListFiles(const std::wstring& folder);

@@ -1,0 +1,398 @@
+#include "tests/win/driver.h"
+
+// After windows.h, on which they depend.
+#include <oleacc.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+
+#include "common/text.h"
+
+namespace tarvelin::testing {
+
+namespace {
+
+constexpr std::size_t kCellLength = 32768;
+
+// Commands that have returned, by number. They are told about by messages to this thread.
+std::set<std::size_t> returned;
+
+void CALLBACK CommandReturned(HWND, UINT, ULONG_PTR number, LRESULT) { returned.insert(number); }
+
+LRESULT Ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+  DWORD_PTR result = 0;
+  if (!SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, kPatience, &result)) {
+    throw DriverError(L"a window did not answer message " + std::to_wstring(message));
+  }
+  return static_cast<LRESULT>(result);
+}
+
+BOOL CALLBACK Collect(HWND window, LPARAM windows) {
+  reinterpret_cast<std::vector<HWND>*>(windows)->push_back(window);
+  return TRUE;
+}
+
+std::wstring TakeText(BSTR text) {
+  std::wstring taken = text ? text : L"";
+  SysFreeString(text);
+  return taken;
+}
+
+}  // namespace
+
+DriverError::DriverError(std::wstring_view message) : std::runtime_error(ToUtf8(message)) {}
+
+void WaitUntil(const std::function<bool()>& condition, std::wstring_view what, DWORD milliseconds) {
+  const ULONGLONG end = GetTickCount64() + milliseconds;
+  while (!condition()) {
+    if (GetTickCount64() > end) throw DriverError(L"timed out waiting for " + std::wstring(what));
+    MsgWaitForMultipleObjects(0, nullptr, FALSE, 5, QS_ALLINPUT);
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
+  }
+}
+
+std::wstring Environment(const wchar_t* name) {
+  std::wstring value(MAX_PATH * 4, L'\0');
+  value.resize(GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size())));
+  if (value.empty()) throw DriverError(std::wstring(name) + L" is not set");
+  return value;
+}
+
+std::wstring CopyProgram(const std::wstring& folder) {
+  const std::filesystem::path exe = Environment(L"TARVELIN_EXE");
+  const std::filesystem::path target = folder;
+  const auto replace = std::filesystem::copy_options::overwrite_existing;
+  std::filesystem::create_directories(target / L"Toolbox_Language");
+  std::filesystem::copy_file(exe, target / exe.filename(), replace);
+  for (const auto& file :
+       std::filesystem::directory_iterator(exe.parent_path() / L"Toolbox_Language")) {
+    std::filesystem::copy_file(file, target / L"Toolbox_Language" / file.path().filename(),
+                               replace);
+  }
+  return target / exe.filename();
+}
+
+std::wstring TextOf(HWND window) {
+  std::wstring text(static_cast<std::size_t>(Ask(window, WM_GETTEXTLENGTH, 0, 0)) + 1, L'\0');
+  const LRESULT length =
+      Ask(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
+  text.resize(static_cast<std::size_t>(length));
+  return text;
+}
+
+std::wstring ClassOf(HWND window) {
+  wchar_t name[257] = L"";
+  GetClassNameW(window, name, 257);
+  return name;
+}
+
+void SetText(HWND edit, std::wstring_view text) {
+  Ask(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(std::wstring(text).c_str()));
+}
+
+Accessible AccessibleOf(HWND window) {
+  static const HRESULT ready = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+  IAccessible* object = nullptr;
+  if (FAILED(ready) ||
+      FAILED(AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT), IID_IAccessible,
+                                        reinterpret_cast<void**>(&object)))) {
+    throw DriverError(L"no accessible object for " + TextOf(window));
+  }
+  VARIANT self{}, number{};
+  self.vt = VT_I4;
+  BSTR text = nullptr;
+  Accessible result;
+  if (object->get_accName(self, &text) == S_OK) result.name = TakeText(text);
+  if (object->get_accRole(self, &number) == S_OK) result.role = number.lVal;
+  if (object->get_accState(self, &number) == S_OK) result.state = number.lVal;
+  if (object->get_accDefaultAction(self, &text) == S_OK) result.action = TakeText(text);
+  object->Release();
+  return result;
+}
+
+std::vector<HWND> VisibleControls(HWND parent) {
+  std::vector<HWND> windows;
+  EnumChildWindows(parent, Collect, reinterpret_cast<LPARAM>(&windows));
+  std::erase_if(windows, [](HWND window) { return !IsWindowVisible(window); });
+  return windows;
+}
+
+HWND FindControl(HWND parent, std::wstring_view className, std::wstring_view text) {
+  for (HWND window : VisibleControls(parent)) {
+    if (SameText(ClassOf(window), className) && (text.empty() || TextOf(window) == text)) {
+      return window;
+    }
+  }
+  throw DriverError(L"no visible " + std::wstring(className) + L" \"" + std::wstring(text) + L"\"");
+}
+
+// ---- The process ----
+
+Program::Program(const std::wstring& exe, const std::wstring& currentFolder) {
+  STARTUPINFOW startup{};
+  startup.cb = sizeof(startup);
+  PROCESS_INFORMATION process{};
+  std::wstring commandLine = L"\"" + exe + L"\"";
+  if (!CreateProcessW(exe.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                      currentFolder.empty() ? nullptr : currentFolder.c_str(), &startup,
+                      &process)) {
+    throw DriverError(L"cannot start " + exe);
+  }
+  CloseHandle(process.hThread);
+  process_.Reset(process.hProcess);
+  processId_ = process.dwProcessId;
+  remote_ = VirtualAllocEx(process_.Get(), nullptr, sizeof(LVITEMW) + kCellLength * sizeof(wchar_t),
+                           MEM_COMMIT, PAGE_READWRITE);
+  AwaitWindow();
+}
+
+Program::~Program() {
+  TerminateProcess(process_.Get(), 99);
+  WaitForSingleObject(process_.Get(), kPatience);
+}
+
+bool Program::Running() const { return WaitForSingleObject(process_.Get(), 0) == WAIT_TIMEOUT; }
+
+DWORD Program::WaitForExit() {
+  WaitUntil([this] { return !Running(); }, L"the program's end");
+  DWORD code = STILL_ACTIVE;
+  GetExitCodeProcess(process_.Get(), &code);
+  return code;
+}
+
+DWORD Program::Close() {
+  PostMessageW(window_, WM_CLOSE, 0, 0);
+  return WaitForExit();
+}
+
+std::vector<HWND> Program::TopLevelWindows() const {
+  std::vector<HWND> windows;
+  EnumWindows(Collect, reinterpret_cast<LPARAM>(&windows));
+  std::erase_if(windows, [this](HWND window) {
+    DWORD owner = 0;
+    GetWindowThreadProcessId(window, &owner);
+    return owner != processId_ || !IsWindowVisible(window);
+  });
+  return windows;
+}
+
+void Program::AwaitWindow() {
+  const auto appeared = [this] {
+    if (!Running()) {
+      throw DriverError(L"the program ended with code " + std::to_wstring(WaitForExit()) +
+                        L" before its window appeared");
+    }
+    const auto windows = TopLevelWindows();
+    const auto main = std::find_if(windows.begin(), windows.end(),
+                                   [](HWND window) { return ClassOf(window) != L"#32770"; });
+    if (main != windows.end()) window_ = *main;
+    return !windows.empty();
+  };
+  WaitUntil(appeared, L"the program's window");
+}
+
+// ---- Commands ----
+
+HWND Program::Button(std::wstring_view caption) const {
+  return FindControl(window_, L"Button", caption);
+}
+
+bool Program::Enabled(std::wstring_view caption) const { return IsWindowEnabled(Button(caption)); }
+
+void Program::Click(std::wstring_view caption) {
+  HWND button = Button(caption);
+  if (!IsWindowEnabled(button)) throw DriverError(L"disabled: " + std::wstring(caption));
+  Act(button, BM_CLICK);
+}
+
+void Program::Act(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  static std::size_t number = 0;
+  HWND former = Modal();
+  commands_.push_back(++number);
+  if (!SendMessageCallbackW(window, message, wParam, lParam, CommandReturned, number)) {
+    throw DriverError(L"cannot send message " + std::to_wstring(message));
+  }
+  AwaitCommand(former);
+}
+
+void Program::AwaitCommand(HWND former) {
+  const auto settled = [&] {
+    if (!Running()) return true;
+    // What the last command was sent to may be a dialog that stays open; then earlier commands wait
+    // for it. Otherwise all of them return.
+    const bool lastReturned = commands_.empty() || returned.contains(commands_.back());
+    if (HWND modal = Modal()) return modal != former || lastReturned;
+    return std::all_of(commands_.begin(), commands_.end(),
+                       [](std::size_t command) { return returned.contains(command); });
+  };
+  WaitUntil(settled, L"a command to end or to ask");
+  std::erase_if(commands_, [](std::size_t command) { return returned.contains(command); });
+}
+
+HWND Program::Focused() const {
+  GUITHREADINFO info{};
+  info.cbSize = sizeof(info);
+  GetGUIThreadInfo(GetWindowThreadProcessId(window_, nullptr), &info);
+  return info.hwndFocus;
+}
+
+void Program::Press(WORD key) {
+  PostMessageW(Focused(), WM_KEYDOWN, key, 1);
+  PostMessageW(Focused(), WM_KEYUP, key, static_cast<LPARAM>(0xC0000001));
+  // The keys have been handled when this message, which comes after them and changes nothing that
+  // anybody sees, has been.
+  static LPARAM mark = 1000;
+  ++mark;
+  PostMessageW(List(), LVM_SETHOVERTIME, 0, mark);
+  WaitUntil([&] { return !Running() || Ask(List(), LVM_GETHOVERTIME) == mark; }, L"a key");
+}
+
+HWND Program::Modal() const {
+  if (window_ && IsWindowEnabled(window_)) return nullptr;
+  for (HWND window : TopLevelWindows()) {
+    if (window != window_ && IsWindowEnabled(window)) return window;
+  }
+  return nullptr;
+}
+
+Box Program::OpenBox() const {
+  Box box;
+  box.window = Modal();
+  if (!box.window || ClassOf(box.window) != L"#32770") throw DriverError(L"no message box is open");
+  box.caption = TextOf(box.window);
+  box.text = TextOf(GetDlgItem(box.window, 0xFFFF));
+  for (int button : {IDOK, IDCANCEL, IDYES, IDNO}) {
+    HWND control = GetDlgItem(box.window, button);
+    if (control && IsWindowVisible(control)) box.buttons.push_back(button);
+  }
+  for (HWND control : VisibleControls(box.window)) {
+    const auto style = GetWindowLongW(control, GWL_STYLE);
+    box.icon |= ClassOf(control) == L"Static" && (style & SS_TYPEMASK) == SS_ICON;
+  }
+  return box;
+}
+
+Box Program::Answer(int button) {
+  Box box = OpenBox();
+  if (std::find(box.buttons.begin(), box.buttons.end(), button) == box.buttons.end()) {
+    throw DriverError(L"the box has no button " + std::to_wstring(button));
+  }
+  PostMessageW(box.window, WM_COMMAND, static_cast<WPARAM>(button), 0);
+  WaitUntil([&] { return !IsWindow(box.window); }, L"the box to close");
+  if (!window_) AwaitWindow();
+  AwaitCommand(nullptr);
+  return box;
+}
+
+// ---- The list ----
+
+HWND Program::List() const { return FindControl(window_, WC_LISTVIEWW, L""); }
+
+int Program::RowCount() const { return static_cast<int>(Ask(List(), LVM_GETITEMCOUNT)); }
+
+// Sends a message about an item, which lies in the program's memory while it is sent.
+template <class Item>
+LRESULT Program::AskWithItem(HWND list, UINT message, WPARAM wParam, Item& item) const {
+  SIZE_T done = 0;
+  if (!WriteProcessMemory(process_.Get(), remote_, &item, sizeof(item), &done)) {
+    throw DriverError(L"cannot write the program's memory");
+  }
+  const LRESULT result = Ask(list, message, wParam, reinterpret_cast<LPARAM>(remote_));
+  ReadProcessMemory(process_.Get(), remote_, &item, sizeof(item), &done);
+  return result;
+}
+
+std::wstring Program::CellText(HWND list, int row, int column) const {
+  auto* text = reinterpret_cast<wchar_t*>(static_cast<char*>(remote_) + sizeof(LVITEMW));
+  LVITEMW item{};
+  item.iSubItem = column;
+  item.pszText = text;
+  item.cchTextMax = static_cast<int>(kCellLength);
+  const auto length =
+      static_cast<std::size_t>(AskWithItem(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), item));
+  std::wstring copy(length, L'\0');
+  SIZE_T done = 0;
+  if (length > 0) {
+    ReadProcessMemory(process_.Get(), item.pszText, copy.data(), length * sizeof(wchar_t), &done);
+  }
+  return copy;
+}
+
+Program::Texts Program::Rows() const {
+  HWND list = List();
+  const auto header = reinterpret_cast<HWND>(Ask(list, LVM_GETHEADER));
+  const auto columns = static_cast<int>(Ask(header, HDM_GETITEMCOUNT));
+  Texts rows(static_cast<std::size_t>(RowCount()));
+  for (int row = 0; row < static_cast<int>(rows.size()); ++row) {
+    for (int column = 0; column < columns; ++column) {
+      rows[static_cast<std::size_t>(row)].push_back(CellText(list, row, column));
+    }
+  }
+  return rows;
+}
+
+std::vector<int> Program::Images() const {
+  HWND list = List();
+  std::vector<int> images;
+  for (int row = 0; row < RowCount(); ++row) {
+    LVITEMW item{};
+    item.mask = LVIF_IMAGE;
+    item.iItem = row;
+    AskWithItem(list, LVM_GETITEMW, 0, item);
+    images.push_back(item.iImage);
+  }
+  return images;
+}
+
+int Program::RowOf(std::wstring_view text) const {
+  for (int row = 0; row < RowCount(); ++row) {
+    if (CellText(List(), row, 0) == text) return row;
+  }
+  throw DriverError(L"no row \"" + std::wstring(text) + L"\"");
+}
+
+int Program::Selected() const {
+  return static_cast<int>(Ask(List(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED));
+}
+
+void Program::SetRowState(int row, UINT state, UINT mask) {
+  LVITEMW item{};
+  item.state = state;
+  item.stateMask = mask;
+  AskWithItem(List(), LVM_SETITEMSTATE, static_cast<WPARAM>(row), item);
+}
+
+void Program::Select(int row) {
+  const UINT selected = LVIS_SELECTED | LVIS_FOCUSED;
+  SetRowState(row, row < 0 ? 0 : selected, selected);
+  if (Selected() != row) throw DriverError(L"cannot select row " + std::to_wstring(row));
+}
+
+bool Program::Checked(int row) const {
+  return Ask(List(), LVM_GETITEMSTATE, static_cast<WPARAM>(row), LVIS_STATEIMAGEMASK) ==
+         INDEXTOSTATEIMAGEMASK(2);
+}
+
+void Program::Check(int row, bool checked) {
+  SetRowState(row, INDEXTOSTATEIMAGEMASK(checked ? 2U : 1U), LVIS_STATEIMAGEMASK);
+}
+
+void Program::DoubleClick(int row) {
+  RECT place{};
+  GetClientRect(List(), &place);
+  place.top = place.bottom - 4;
+  if (row >= 0) {
+    place.left = LVIR_LABEL;
+    AskWithItem(List(), LVM_GETITEMRECT, static_cast<WPARAM>(row), place);
+  }
+  Act(List(), WM_LBUTTONDBLCLK, MK_LBUTTON, MAKELPARAM(place.left + 2, place.top + 2));
+}
+
+Program::Texts Program::Open(std::wstring_view item) {
+  Click(item);
+  return Rows();
+}
+
+}  // namespace tarvelin::testing

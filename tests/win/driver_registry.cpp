@@ -1,0 +1,276 @@
+#include "tests/win/driver_registry.h"
+
+// After windows.h, on which they depend.
+#include <sddl.h>
+#include <winternl.h>
+
+#include <algorithm>
+#include <cwchar>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace tarvelin::testing {
+
+namespace {
+
+constexpr int kKeyName = 3;  // KeyNameInformation
+
+// Those of ntdll's functions that winternl.h leaves out.
+extern "C" NTSTATUS NTAPI NtCreateKey(HANDLE* key, ACCESS_MASK access, OBJECT_ATTRIBUTES* name,
+                                      ULONG, UNICODE_STRING*, ULONG options, ULONG*);
+extern "C" NTSTATUS NTAPI NtOpenKey(HANDLE* key, ACCESS_MASK access, OBJECT_ATTRIBUTES* name);
+extern "C" NTSTATUS NTAPI NtQueryKey(HANDLE key, int what, void* result, ULONG size, ULONG* needed);
+
+void Require(bool good, std::wstring_view what, const std::wstring& path) {
+  if (!good) throw DriverError(std::wstring(what) + L": " + path);
+}
+
+struct Place {
+  HKEY root = nullptr;
+  std::wstring key;
+};
+
+Place Split(const std::wstring& path) {
+  const std::pair<std::wstring_view, HKEY> roots[] = {
+      {L"HKCR", HKEY_CLASSES_ROOT},  {L"HKEY_CLASSES_ROOT", HKEY_CLASSES_ROOT},
+      {L"HKCU", HKEY_CURRENT_USER},  {L"HKEY_CURRENT_USER", HKEY_CURRENT_USER},
+      {L"HKLM", HKEY_LOCAL_MACHINE}, {L"HKEY_LOCAL_MACHINE", HKEY_LOCAL_MACHINE},
+      {L"HKU", HKEY_USERS},          {L"HKEY_USERS", HKEY_USERS}};
+  const auto end = std::min(path.find(L'\\'), path.size());
+  for (const auto& [name, root] : roots) {
+    if (path.substr(0, end) == name) return {root, path.substr(std::min(end + 1, path.size()))};
+  }
+  throw DriverError(L"no such root: " + path);
+}
+
+UniqueRegistryKey Open(const std::wstring& path, REGSAM access) {
+  const Place place = Split(path);
+  UniqueRegistryKey key;
+  RegOpenKeyExW(place.root, place.key.c_str(), 0, access, key.Put());
+  return key;
+}
+
+UniqueRegistryKey Create(const std::wstring& path, DWORD options = 0) {
+  const Place place = Split(path);
+  UniqueRegistryKey key;
+  RegCreateKeyExW(place.root, place.key.c_str(), 0, nullptr, options,
+                  options ? KEY_ALL_ACCESS | KEY_CREATE_LINK : KEY_ALL_ACCESS, nullptr, key.Put(),
+                  nullptr);
+  Require(static_cast<bool>(key), L"cannot create the key", path);
+  return key;
+}
+
+// A child whose name may hold NUL characters. Null when it cannot be opened.
+UniqueRegistryKey OpenOddChild(HKEY parent, std::wstring& name, bool create) {
+  const auto bytes = static_cast<USHORT>(name.size() * sizeof(wchar_t));
+  UNICODE_STRING text{bytes, bytes, name.data()};
+  OBJECT_ATTRIBUTES attributes{};
+  attributes.Length = sizeof(attributes);
+  attributes.RootDirectory = parent;
+  attributes.ObjectName = &text;
+  HANDLE key = nullptr;
+  const NTSTATUS status =
+      create ? NtCreateKey(&key, KEY_ALL_ACCESS, &attributes, 0, nullptr, 0, nullptr)
+             : NtOpenKey(&key, KEY_READ, &attributes);
+  return UniqueRegistryKey(status >= 0 ? static_cast<HKEY>(key) : nullptr);
+}
+
+// A child, a link itself and not what it points to. Null when it cannot be opened.
+UniqueRegistryKey OpenChild(HKEY parent, std::wstring& name) {
+  if (name.find(L'\0') != std::wstring::npos) return OpenOddChild(parent, name, false);
+  UniqueRegistryKey key;
+  RegOpenKeyExW(parent, name.c_str(), REG_OPTION_OPEN_LINK, KEY_READ, key.Put());
+  return key;
+}
+
+std::wstring Printable(std::wstring_view text) {
+  std::wstring result;
+  for (const wchar_t character : text) {
+    wchar_t escape[8] = {character};
+    if (character < L' ') {
+      std::swprintf(escape, std::size(escape), L"\\x%04X", static_cast<unsigned>(character));
+    }
+    result += escape;
+  }
+  return result;
+}
+
+std::wstring ValueText(DWORD type, const Bytes& data) {
+  std::wstring text = std::to_wstring(type) + L":";
+  if ((type == REG_SZ || type == REG_EXPAND_SZ) && data.size() % sizeof(wchar_t) == 0) {
+    const std::wstring content = FromUtf16Le(data);
+    if (!content.ends_with(L'\0')) return text + Printable(content) + L" (not terminated)";
+    return text + Printable(std::wstring_view(content).substr(0, content.size() - 1));
+  }
+  for (const std::byte byte : data) {
+    wchar_t digits[4];
+    std::swprintf(digits, std::size(digits), L"%02x", std::to_integer<unsigned>(byte));
+    text += digits;
+  }
+  return text;
+}
+
+void DumpKey(HKEY key, const std::wstring& path, Lines& lines) {
+  lines.push_back(path);
+  std::wstring name(16384, L'\0');
+  Bytes data(65536);
+  for (DWORD index = 0;; ++index) {
+    auto length = static_cast<DWORD>(name.size());
+    auto size = static_cast<DWORD>(data.size());
+    DWORD type = 0;
+    LSTATUS status = RegEnumValueW(key, index, name.data(), &length, nullptr, &type,
+                                   reinterpret_cast<BYTE*>(data.data()), &size);
+    if (status == ERROR_MORE_DATA && size > data.size()) {
+      data.resize(size);
+      --index;
+      continue;
+    }
+    if (status != ERROR_SUCCESS) break;
+    const Bytes value(data.begin(), data.begin() + size);
+    lines.push_back(path + L"|" + Printable({name.data(), length}) + L"=" + ValueText(type, value));
+  }
+  for (DWORD index = 0;; ++index) {
+    auto length = static_cast<DWORD>(name.size());
+    if (RegEnumKeyExW(key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) !=
+        ERROR_SUCCESS) {
+      break;
+    }
+    std::wstring child = name.substr(0, length);
+    const std::wstring childPath = path + L"\\" + Printable(child);
+    if (const UniqueRegistryKey opened = OpenChild(key, child)) {
+      DumpKey(opened.Get(), childPath, lines);
+    } else {
+      lines.push_back(childPath + L" (not readable)");
+    }
+  }
+}
+
+}  // namespace
+
+void MakeKey(const std::wstring& path) { Create(path); }
+
+void WriteValue(const std::wstring& path, const std::wstring& name, DWORD type, const Bytes& data) {
+  const auto status =
+      RegSetValueExW(Create(path).Get(), name.c_str(), 0, type,
+                     reinterpret_cast<const BYTE*>(data.data()), static_cast<DWORD>(data.size()));
+  Require(status == ERROR_SUCCESS, L"cannot write the value " + name, path);
+}
+
+void WriteText(const std::wstring& path, const std::wstring& name, std::wstring_view text,
+               DWORD type) {
+  WriteValue(path, name, type, ToUtf16Le(std::wstring(text) + L'\0'));
+}
+
+void WriteInteger(const std::wstring& path, const std::wstring& name, DWORD number) {
+  const auto* bytes = reinterpret_cast<const std::byte*>(&number);
+  WriteValue(path, name, REG_DWORD, Bytes(bytes, bytes + sizeof(number)));
+}
+
+bool HasKey(const std::wstring& path) { return static_cast<bool>(Open(path, KEY_READ)); }
+
+std::optional<std::wstring> ReadText(const std::wstring& path, const std::wstring& name) {
+  const Place place = Split(path);
+  std::wstring text(65536, L'\0');
+  auto size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+  if (RegGetValueW(place.root, place.key.c_str(), name.c_str(),
+                   RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND, nullptr, text.data(),
+                   &size) != ERROR_SUCCESS) {
+    return std::nullopt;
+  }
+  return std::wstring(text.c_str());
+}
+
+void DeleteKey(const std::wstring& path) {
+  const Place place = Split(path);
+  Require(!place.key.empty(), L"not deleting a root", path);
+  const LSTATUS status = RegDeleteTreeW(place.root, place.key.c_str());
+  Require(status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND, L"cannot delete", path);
+}
+
+void RegisterClass(const std::wstring& classId, std::wstring_view name, std::wstring_view module) {
+  const std::wstring key = L"HKLM\\SOFTWARE\\Classes\\CLSID\\" + classId;
+  WriteText(key, L"", name);
+  if (!module.empty()) WriteText(key + L"\\InprocServer32", L"", module);
+}
+
+void MakeOddKey(const std::wstring& parent, std::wstring_view name) {
+  std::wstring copy(name);
+  const UniqueRegistryKey created = OpenOddChild(Create(parent).Get(), copy, true);
+  Require(static_cast<bool>(created), L"cannot create an odd key", parent);
+}
+
+void MakeLink(const std::wstring& path, const std::wstring& target) {
+  // The size of the name in bytes, then the name.
+  std::vector<ULONG> name(1024);
+  ULONG needed = 0;
+  const UniqueRegistryKey key = Open(target, KEY_READ);
+  Require(key && NtQueryKey(key.Get(), kKeyName, name.data(),
+                            static_cast<ULONG>(name.size() * sizeof(ULONG)), &needed) >= 0,
+          L"cannot find out the name of", target);
+  const auto status =
+      RegSetValueExW(Create(path, REG_OPTION_CREATE_LINK).Get(), L"SymbolicLinkValue", 0, REG_LINK,
+                     reinterpret_cast<const BYTE*>(&name[1]), name[0]);
+  Require(status == ERROR_SUCCESS, L"cannot make the link", path);
+}
+
+AccessRule::AccessRule(const std::wstring& path, const wchar_t* rule)
+    : key_(Open(path, READ_CONTROL | WRITE_DAC)) {
+  Require(Set(rule), L"cannot restrict the access to", path);
+}
+
+AccessRule::~AccessRule() { Set(L"D:P(A;;KA;;;WD)"); }
+
+bool AccessRule::Set(const wchar_t* rule) {
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  const bool good =
+      ConvertStringSecurityDescriptorToSecurityDescriptorW(rule, SDDL_REVISION_1, &descriptor,
+                                                           nullptr) &&
+      RegSetKeySecurity(key_.Get(), DACL_SECURITY_INFORMATION, descriptor) == ERROR_SUCCESS;
+  LocalFree(descriptor);
+  return good;
+}
+
+void InstallModule(const std::wstring& sampleName, const std::wstring& path) {
+  const std::filesystem::path source = Environment(L"TARVELIN_SAMPLE") + L"\\" + sampleName;
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+  std::filesystem::copy_file(source, path, std::filesystem::copy_options::overwrite_existing);
+}
+
+void WriteFileBytes(const std::wstring& path, std::string_view bytes) {
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+  std::ofstream file(std::filesystem::path(path), std::ios::binary);
+  file << bytes;
+  file.close();
+  Require(file.good(), L"cannot write", path);
+}
+
+Lines DumpRegistry(const std::wstring& path) {
+  Lines lines;
+  if (const UniqueRegistryKey key = Open(path, KEY_READ)) DumpKey(key.Get(), path, lines);
+  std::sort(lines.begin(), lines.end());
+  return lines;
+}
+
+Lines ListFiles(const std::wstring& folder) {
+  Lines lines;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    lines.push_back(entry.path().wstring());
+    if (entry.is_regular_file()) lines.back() += L" " + std::to_wstring(entry.file_size());
+  }
+  std::sort(lines.begin(), lines.end());
+  return lines;
+}
+
+Lines Differences(const Lines& before, const Lines& after) {
+  Lines gone, added, lines;
+  std::set_difference(before.begin(), before.end(), after.begin(), after.end(),
+                      std::back_inserter(gone));
+  std::set_difference(after.begin(), after.end(), before.begin(), before.end(),
+                      std::back_inserter(added));
+  for (const auto& line : gone) lines.push_back(L"- " + line);
+  for (const auto& line : added) lines.push_back(L"+ " + line);
+  return lines;
+}
+
+}  // namespace tarvelin::testing

@@ -1,0 +1,38 @@
+// What the add-on scans share: where a class is registered and how a row is put together.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "common/platform.h"
+#include "widgets/components.h"
+
+namespace tarvelin {
+
+// The classes of the machine, below HKEY_LOCAL_MACHINE and as a location; and the classes as
+// programs see them, below HKEY_CLASSES_ROOT. A class identifier follows.
+inline constexpr wchar_t kMachineClasses[] = L"\\SOFTWARE\\Classes\\CLSID\\";
+inline constexpr wchar_t kMachineClassLocation[] =
+    L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\";
+inline constexpr wchar_t kClasses[] = L"\\CLSID\\";
+
+// What the browser downloaded and installed, below HKEY_LOCAL_MACHINE.
+inline constexpr wchar_t kDistributionUnits[] =
+    L"\\SOFTWARE\\Microsoft\\Code Store Database\\Distribution Units\\";
+
+// The key below HKEY_CLASSES_ROOT whose default value is the module of a class.
+[[nodiscard]] std::wstring ModuleKey(const std::wstring& classId);
+
+// What a control or helper object is called: its module's description, or the name of its class
+// when the module has none.
+[[nodiscard]] std::wstring ModuleName(Shell& shell, const std::wstring& module,
+                                      const std::wstring& className);
+
+// The maker of a module as its version information tells.
+[[nodiscard]] std::wstring ModulePublisher(Shell& shell, const std::wstring& module);
+
+// Adds a row with its record at the end of a list.
+void AddRow(TListView& list, std::wstring caption, std::vector<std::wstring> subItems,
+            std::wstring filePath, std::wstring location);
+
+}  // namespace tarvelin

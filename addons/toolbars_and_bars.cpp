@@ -1,0 +1,117 @@
+// Toolbars, which are values below one key of the machine, and Explorer bars, which are keys of the
+// user.
+#include <optional>
+#include <unordered_set>
+#include <utility>
+
+#include "addons/UnitIEBrowserHelp.h"
+#include "addons/add_on_row.h"
+#include "common/registry.h"
+#include "common/text.h"
+
+namespace tarvelin {
+namespace {
+
+constexpr wchar_t kToolbars[] = L"\\SOFTWARE\\Microsoft\\Internet Explorer\\Toolbar";
+constexpr wchar_t kToolbarLocation[] =
+    L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Internet Explorer\\Toolbar\\";
+constexpr wchar_t kBars[] = L"\\Software\\Microsoft\\Internet Explorer\\Explorer Bars";
+constexpr wchar_t kBarLocation[] =
+    L"HKEY_CURRENT_USER\\SOFTWARE\\Microsoft\\Internet Explorer\\Explorer Bars\\";
+constexpr wchar_t kApproved[] =
+    L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Shell Extensions\\Approved";
+
+// The names of the approved shell extensions. They are read when the first bar is compared with
+// them and kept as a set, because there may be thousands of both.
+class ApprovedNames {
+ public:
+  explicit ApprovedNames(RegistryBackend& backend) : backend_(backend) {}
+
+  [[nodiscard]] bool Contains(std::wstring_view name) {
+    if (!names_) Read();
+    return names_->contains(LowerCase(Trim(name)));
+  }
+
+ private:
+  void Read() {
+    TRegistry registry(backend_);
+    registry.SetRootKey(RootKey::LocalMachine);
+    registry.OpenKey(kApproved, false);
+    names_.emplace();
+    for (const std::wstring& name : registry.GetValueNames()) {
+      names_->insert(LowerCase(Trim(name)));
+    }
+  }
+
+  RegistryBackend& backend_;
+  std::optional<std::unordered_set<std::wstring>> names_;  // trimmed, in lower case
+};
+
+// The default value of a key, empty when it cannot be opened.
+std::wstring DefaultText(TRegistry& registry, std::wstring_view path) {
+  if (!registry.OpenKey(path, false)) return {};
+  std::wstring text = registry.ReadString(L"");
+  registry.CloseKey();
+  return text;
+}
+
+}  // namespace
+
+void TScanIeBrowser::ScanToolbars(TListView& list) {
+  if (list.Count() > 0) return;
+  TRegistry toolbars(platform_.registry);
+  toolbars.SetRootKey(RootKey::LocalMachine);
+  if (!toolbars.OpenKey(kToolbars, false)) return;
+  TRegistry classes(platform_.registry);
+  classes.SetRootKey(RootKey::ClassesRoot);
+
+  for (const std::wstring& name : toolbars.GetValueNames()) {
+    if (!classes.KeyExists(kClasses + name)) {
+      const DataType type = toolbars.GetDataType(name);
+      if (type != DataType::rdString && type != DataType::rdExpandString) continue;
+      std::wstring text = toolbars.ReadString(name);
+      if (!text.empty()) AddRow(list, std::move(text), {L""}, L"", kToolbarLocation + name);
+      continue;
+    }
+    std::wstring className = DefaultText(classes, kClasses + name);
+    if (className.empty()) continue;
+    const std::wstring module = DefaultText(classes, ModuleKey(name));
+    if (module.empty()) continue;
+    AddRow(list, std::move(className), {ModulePublisher(platform_.shell, module), module}, module,
+           kToolbarLocation + name);
+  }
+}
+
+void TScanIeBrowser::ScanExplorerBars(TListView& list) {
+  if (list.Count() > 0) return;
+  TRegistry bars(platform_.registry);
+  bars.SetRootKey(RootKey::CurrentUser);
+  if (!bars.OpenKey(kBars, false)) return;
+  ApprovedNames approved(platform_.registry);
+  TRegistry classes(platform_.registry);
+  classes.SetRootKey(RootKey::ClassesRoot);
+
+  for (const std::wstring& bar : bars.GetKeyNames()) {
+    // A key with subkeys only groups others. One that has vanished is judged by the key before.
+    bars.OpenKey(std::wstring(kBars) + L"\\" + bar, false);
+    if (!bars.GetKeyNames().empty() || approved.Contains(bar)) continue;
+
+    if (!classes.KeyExists(kClasses + bar)) {
+      if (!bar.empty()) AddRow(list, bar, {L""}, L"", kBarLocation + bar);
+      continue;
+    }
+    // A class that registers no module leaves its own key open, so its name is read once more.
+    classes.OpenKey(kClasses + bar, false);
+    std::wstring className = classes.ReadString(L"");
+    classes.OpenKey(ModuleKey(bar), false);
+    std::wstring module = classes.ReadString(L"");
+    classes.CloseKey();
+    // The path has no column here; it stands in the record alone.
+    if (!className.empty()) {
+      AddRow(list, std::move(className), {ModulePublisher(platform_.shell, module)}, module,
+             kBarLocation + bar);
+    }
+  }
+}
+
+}  // namespace tarvelin

@@ -37,7 +37,7 @@ derive_sources() {
     # One stanza at a time, without comments; those of other releases and makers are left out.
     sed '/^#/d' "$file" | awk -v RS= -v ORS='\n\n' -v release="$release" '
       tolower($0) ~ /(^|\n)enabled:[ \t]*no/ { next }
-      $0 ~ "(^|\n)Suites:[^\n]*[ \t]" release "(-updates|-security)?([ \t\n]|$)" {
+      $0 ~ "(^|\n)Suites:([^\n]|\n[ \t])*\n?[ \t]" release "(-updates|-security)?([ \t\n]|$)" {
         gsub(/(^|\n)Types:[^\n]*/, "&\001"); gsub(/Types:[^\n]*\001/, "Types: deb-src"); print
       }' >>apt/sources/derived.sources
   done
@@ -70,7 +70,8 @@ fetch() {
       return
     fi
   done
-  cat "$package.log" >&2 || true
+  cat update.log >&2
+  [ ! -e "$package.log" ] || cat "$package.log" >&2
   echo "build-deps: the sources of $package cannot be had" >&2
   exit 1
 }
@@ -100,7 +101,8 @@ build() {
 cd "$deps"
 derive_sources
 echo "build-deps: reading the lists of source packages"
-private_apt apt-get -q update >update.log 2>&1 || { cat update.log >&2; exit 1; }
+# Lists of other makers may fail to load; what matters is whether the sources can be had.
+private_apt apt-get -q update >update.log 2>&1 || true
 fetch libpng1.6
 fetch libjpeg-turbo
 

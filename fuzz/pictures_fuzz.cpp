@@ -2,8 +2,7 @@
 //   clang++ -std=c++20 -g -O1 -fsanitize=fuzzer,address,undefined -I. fuzz/pictures_fuzz.cpp
 //       widgets/pictures.cpp common/text.cpp common/text_posix.cpp -lpng -ljpeg -lz -o hunt
 //   mkdir -p found && ./hunt -max_total_time=60 -max_len=8192 found resources/artwork
-// With -DTARVELIN_REPLAY, without "fuzzer" and by any compiler, it becomes a program that replays the
-// files it is given.
+// With -DTARVELIN_REPLAY and without "fuzzer", any compiler makes a program that replays files.
 #include <zlib.h>
 
 #include <algorithm>

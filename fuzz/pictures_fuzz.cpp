@@ -5,12 +5,13 @@
 // With -DTARVELIN_REPLAY and without "fuzzer", any compiler makes a program that replays files.
 #include <zlib.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <optional>
+#include <span>
 #include <string>
 
 #include "widgets/pictures.h"

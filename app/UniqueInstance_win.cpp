@@ -1,0 +1,95 @@
+#include "app/UniqueInstance_win.h"
+
+#include <new>
+#include <utility>
+
+#include "common/Corvane_Routine_New.h"
+
+namespace tarvelin {
+
+namespace {
+constexpr const wchar_t* kWindowClass = L"TApplication";
+}  // namespace
+
+bool BringToForeground(HWND window) {
+  if (IsIconic(window)) ShowWindow(window, SW_RESTORE);
+  if (GetForegroundWindow() == window) return true;
+
+  // Windows 95 and NT 4 needed no more than SetForegroundWindow; this program does not run there.
+  const DWORD thread = GetWindowThreadProcessId(window, nullptr);
+  const DWORD foregroundThread = GetWindowThreadProcessId(GetForegroundWindow(), nullptr);
+  bool raised = false;
+  // The threads stay attached: parting them would hand the foreground back.
+  if (AttachThreadInput(thread, foregroundThread, TRUE)) {
+    BringWindowToTop(window);
+    SetForegroundWindow(window);
+    raised = GetForegroundWindow() == window;
+  }
+  if (!raised) {
+    DWORD timeout = 0;
+    SystemParametersInfoW(SPI_GETFOREGROUNDLOCKTIMEOUT, 0, &timeout, 0);
+    SystemParametersInfoW(SPI_SETFOREGROUNDLOCKTIMEOUT, 0, nullptr, SPIF_SENDCHANGE);
+    BringWindowToTop(window);
+    SetForegroundWindow(window);
+    // The time-out itself travels in the place of a pointer.
+    SystemParametersInfoW(SPI_SETFOREGROUNDLOCKTIMEOUT, 0,
+                          reinterpret_cast<void*>(static_cast<UINT_PTR>(timeout)),
+                          SPIF_SENDCHANGE);
+  }
+  return GetForegroundWindow() == window;
+}
+
+std::unique_ptr<UniqueInstance> UniqueInstance::Claim(HINSTANCE instance,
+                                                      const std::wstring& executablePath) {
+  const std::wstring name = ExtractFileName(executablePath);
+  const UINT message = RegisterWindowMessageW(name.c_str());
+  UniqueKernelObject mutex(CreateMutexW(nullptr, FALSE, name.c_str()));
+  const bool runs = GetLastError() == ERROR_ALREADY_EXISTS;
+  if (!mutex) return nullptr;
+  if (runs) {
+    DWORD recipients = BSM_APPLICATIONS;
+    BroadcastSystemMessageW(BSF_IGNORECURRENTTASK | BSF_POSTMESSAGE, &recipients, message, 0, 0);
+    return nullptr;
+  }
+  return std::unique_ptr<UniqueInstance>(new UniqueInstance(instance, message, std::move(mutex)));
+}
+
+UniqueInstance::UniqueInstance(HINSTANCE instance, UINT message, UniqueKernelObject mutex)
+    : message_(message), mutex_(std::move(mutex)) {
+  WNDCLASSW application{};
+  application.lpfnWndProc = Procedure;
+  application.hInstance = instance;
+  application.lpszClassName = kWindowClass;
+  RegisterClassW(&application);
+  // Broadcasts reach top-level windows only; this one is never shown.
+  applicationWindow_ =
+      CreateWindowExW(0, kWindowClass, L"Tarvelin", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
+                      instance, nullptr);
+  if (!applicationWindow_) throw std::bad_alloc();
+  SetWindowLongPtrW(applicationWindow_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+}
+
+UniqueInstance::~UniqueInstance() { DestroyWindow(applicationWindow_); }
+
+LRESULT CALLBACK UniqueInstance::Procedure(HWND window, UINT message, WPARAM wParam,
+                                           LPARAM lParam) {
+  auto* instance = reinterpret_cast<UniqueInstance*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+  if (instance && message == instance->message_) {
+    instance->Raise();
+    return 0;
+  }
+  return DefWindowProcW(window, message, wParam, lParam);
+}
+
+void UniqueInstance::Raise() {
+  // Before the window is shown, and after it was closed, there is nothing to bring forward.
+  if (!mainWindow_ || !IsWindowVisible(mainWindow_)) return;
+  if (IsIconic(applicationWindow_)) OpenIcon(applicationWindow_);
+  SetForegroundWindow(applicationWindow_);
+  BringToForeground(mainWindow_);
+  // While a dialog or message box is open, the main window takes no input: that one has to.
+  const HWND popup = GetLastActivePopup(mainWindow_);
+  if (popup != mainWindow_ && IsWindowVisible(popup)) SetForegroundWindow(popup);
+}
+
+}  // namespace tarvelin

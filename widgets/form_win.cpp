@@ -1,0 +1,175 @@
+#include "widgets/form_win.h"
+
+#include <algorithm>
+
+namespace tarvelin {
+
+namespace {
+
+// Where a window stands that is centred on the monitor of another window, or on the main monitor.
+POINT Centred(SIZE size, HWND owner) {
+  MONITORINFO monitor{};
+  monitor.cbSize = sizeof monitor;
+  GetMonitorInfoW(MonitorFromWindow(owner, MONITOR_DEFAULTTOPRIMARY), &monitor);
+  const RECT& screen = monitor.rcMonitor;
+  return {screen.left + (screen.right - screen.left - size.cx) / 2,
+          screen.top + (screen.bottom - screen.top - size.cy) / 2};
+}
+
+}  // namespace
+
+FormWindow::FormWindow(TForm& form, PeerContext& context, const FormFrame& frame)
+    : WindowPeer(form, context, this),
+      form_(form),
+      frame_(frame),
+      style_(WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN |
+             (frame.owner ? WS_POPUP : WS_OVERLAPPED | WS_MINIMIZEBOX)) {
+  CreateOwn({(L"T" + form.Name()).c_str(), style_, WS_EX_CONTROLPARENT, frame.owner});
+  context.loop.AddForm(Handle());
+  // Focus rectangles and underlines are shown once the keyboard is used, or as the user set it.
+  SendMessageW(Handle(), WM_CHANGEUISTATE, MAKEWPARAM(UIS_INITIALIZE, 0), 0);
+}
+
+FormWindow::~FormWindow() {
+  if (!Handle()) return;
+  context_.loop.RemoveForm(Handle());
+  DestroyWindow(Handle());
+}
+
+RECT FormWindow::WindowBounds() const {
+  // Windows asks for the limits before the new window knows its object, so they count here too.
+  RECT frame{0, 0, form_.Bounds().width, form_.Bounds().height};
+  AdjustWindowRectEx(&frame, style_, FALSE, WS_EX_CONTROLPARENT);
+  const auto limit = [](LONG length, LONG minimum, LONG maximum) {
+    return std::max(minimum, maximum ? std::min(length, maximum) : length);
+  };
+  const SIZE size{limit(frame.right - frame.left, frame_.minimum.cx, frame_.maximum.cx),
+                  limit(frame.bottom - frame.top, frame_.minimum.cy, frame_.maximum.cy)};
+  const POINT corner = Centred(size, frame_.owner);
+  return {corner.x, corner.y, corner.x + size.cx, corner.y + size.cy};
+}
+
+// ---- Showing and closing ----
+
+void FormWindow::Show() {
+  ShowWindow(Handle(), SW_SHOWNORMAL);
+  SetForegroundWindow(Handle());
+}
+
+void FormWindow::RunModal() {
+  WindowPeer::Apply(Change::Bounds);  // the owner may have moved to another monitor
+  modal_ = true;
+  EnableWindow(frame_.owner, FALSE);
+  ShowWindow(Handle(), SW_SHOW);
+  context_.loop.RunUntil([this] { return !form_.Visible(); });
+  Hide();
+}
+
+void FormWindow::Hide() {
+  if (modal_) {
+    // The owner must be enabled before the dialog goes: Windows would activate another program.
+    modal_ = false;
+    EnableWindow(frame_.owner, TRUE);
+    if (GetActiveWindow() == Handle()) SetActiveWindow(frame_.owner);
+  }
+  ShowWindow(Handle(), SW_HIDE);
+}
+
+void FormWindow::Apply(Change change) {
+  if (change != Change::Visible) {
+    WindowPeer::Apply(change);
+  } else if (!form_.Visible() && Handle()) {
+    Hide();
+    if (!frame_.owner) PostQuitMessage(0);
+  }
+}
+
+// ---- Focus and keys ----
+
+void FormWindow::Focus(HWND control) {
+  lastFocus_ = control;
+  if (GetActiveWindow() == Handle()) SetFocus(control);
+}
+
+void FormWindow::FocusBefore(HWND control) { Focus(GetNextDlgTabItem(Handle(), control, TRUE)); }
+
+void FormWindow::RestoreFocus() {
+  if (!lastFocus_ || !IsChild(Handle(), lastFocus_)) {
+    lastFocus_ = GetNextDlgTabItem(Handle(), nullptr, FALSE);
+  } else if (!IsWindowEnabled(lastFocus_) || !IsWindowVisible(lastFocus_)) {
+    lastFocus_ = GetNextDlgTabItem(Handle(), lastFocus_, TRUE);
+  }
+  if (lastFocus_) SetFocus(lastFocus_);
+}
+
+int FormWindow::AddButton(TButton& button) {
+  const int id = button.isDefault ? IDOK : button.isCancel ? IDCANCEL : AddControl();
+  buttons_[id] = &button;
+  return id;
+}
+
+LRESULT FormWindow::DefaultButtonId() const {
+  if (buttons_.contains(IDOK)) return MAKELONG(IDOK, DC_HASDEFID);
+  // A button in a panel answers Enter while it has the focus.
+  const int focused = GetDlgCtrlID(GetFocus());
+  return buttons_.contains(focused) ? MAKELONG(focused, DC_HASDEFID) : 0;
+}
+
+// ---- Messages ----
+
+void FormWindow::SettingsChanged(UINT message, WPARAM wParam, LPARAM lParam) {
+  // The system tells top-level windows only, and common controls want to know as well.
+  struct Message {
+    UINT message;
+    WPARAM wParam;
+    LPARAM lParam;
+  } forwarded{message, wParam, lParam};
+  EnumChildWindows(
+      Handle(),
+      [](HWND child, LPARAM parameter) -> BOOL {
+        const auto& change = *reinterpret_cast<const Message*>(parameter);
+        SendMessageW(child, change.message, change.wParam, change.lParam);
+        return TRUE;
+      },
+      reinterpret_cast<LPARAM>(&forwarded));
+  RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
+}
+
+LRESULT FormWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
+  switch (message) {
+    case WM_CLOSE:
+      // Another program may ask while a modal window is open; that one comes first.
+      if (IsWindowEnabled(Handle())) Run([this] { form_.Close(); });
+      return 0;
+    case WM_ACTIVATE:
+      if (LOWORD(wParam) == WA_INACTIVE && IsChild(Handle(), GetFocus())) lastFocus_ = GetFocus();
+      break;
+    case WM_SETFOCUS:
+      RestoreFocus();
+      return 0;
+    case DM_GETDEFID:
+      return DefaultButtonId();
+    case WM_COMMAND:
+      // Enter and Escape arrive here as the numbers of the buttons that answer them.
+      if (const auto button = buttons_.find(LOWORD(wParam)); button != buttons_.end()) {
+        Run([&] { button->second->Click(); });
+        return 0;
+      }
+      break;
+    case WM_GETMINMAXINFO: {
+      auto& limits = *reinterpret_cast<MINMAXINFO*>(lParam);
+      if (frame_.minimum.cx) limits.ptMinTrackSize = {frame_.minimum.cx, frame_.minimum.cy};
+      if (frame_.maximum.cx) limits.ptMaxTrackSize = {frame_.maximum.cx, frame_.maximum.cy};
+      return 0;
+    }
+    case WM_SYSCOLORCHANGE:
+    case WM_SETTINGCHANGE:
+      SettingsChanged(message, wParam, lParam);
+      break;
+    default:
+      break;
+  }
+  return WindowPeer::Process(message, wParam, lParam);
+}
+
+}  // namespace tarvelin

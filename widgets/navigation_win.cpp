@@ -1,0 +1,347 @@
+#include <windows.h>
+
+#include <commctrl.h>
+#include <windowsx.h>
+
+#include <algorithm>
+
+#include "widgets/controls_win.h"
+
+namespace tarvelin {
+
+namespace {
+
+constexpr int kIconLeft = 8;
+constexpr int kIconSide = 16;
+constexpr int kTextLeft = 30;
+constexpr COLORREF kSelectedBackground = RGB(0xDC, 0xE9, 0xF8);
+constexpr COLORREF kHotBackground = RGB(0xF0, 0xF6, 0xFD);
+
+class NavigationButton;
+
+// The bar is one Tab stop; inside it the arrow keys move the focus.
+class GroupBarPeer : public WindowPeer<ControlPeer, ContainerWindow> {
+ public:
+  GroupBarPeer(TGroupBar& bar, PeerContext& context, FormWindow& form, HWND parent)
+      : WindowPeer(bar, context, &form), bar_(bar) {
+    CreateOwn({L"TarvelinGroupBar", WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS,
+               WS_EX_CONTROLPARENT, parent, form.AddControl()});
+  }
+
+  [[nodiscard]] TGroupBar& Bar() const { return bar_; }
+
+  // Makes that button the one which Tab reaches.
+  void MoveTabStop(HWND button) {
+    if (button == tabStop_) return;
+    for (const HWND window : {tabStop_, button}) {
+      if (!window) continue;
+      const LONG_PTR style = GetWindowLongPtrW(window, GWL_STYLE);
+      SetWindowLongPtrW(window, GWL_STYLE,
+                        window == button ? style | WS_TABSTOP : style & ~LONG_PTR{WS_TABSTOP});
+    }
+    tabStop_ = button;
+  }
+  [[nodiscard]] HWND TabStop() const { return tabStop_; }
+
+ private:
+  TGroupBar& bar_;
+  HWND tabStop_ = nullptr;
+};
+
+GroupBarPeer& BarOf(const TGroup& group) {
+  return dynamic_cast<GroupBarPeer&>(*group.Parent()->Peer());
+}
+
+// A header or an item: an owner-drawn button, which screen readers know by its caption.
+class NavigationButton : public Window {
+ public:
+  [[nodiscard]] bool HasFocus() const { return GetFocus() == Handle(); }
+
+ protected:
+  NavigationButton(TControl& control, TGroup& group, PeerContext& context, FormWindow& form)
+      : Window(control, context, &form), group_(group), bar_(BarOf(group)) {}
+
+  void CreateButton(HWND parent) {
+    CreateSystem({WC_BUTTONW, WS_CHILD | BS_OWNERDRAW, 0, parent, Form().AddControl()});
+    if (!bar_.TabStop()) bar_.MoveTabStop(Handle());
+  }
+
+  LRESULT Process(UINT message, WPARAM wParam, LPARAM lParam) override;
+  std::optional<LRESULT> Reflected(UINT message, WPARAM wParam, LPARAM lParam) override;
+  void Apply(Change change) override;
+  virtual void Click() = 0;
+  virtual void Draw(HDC dc, const RECT& area) = 0;
+
+  [[nodiscard]] bool Hot() const { return hot_; }
+  [[nodiscard]] bool FocusShown() const {
+    return HasFocus() && !(SendMessageW(Handle(), WM_QUERYUISTATE, 0, 0) & UISF_HIDEFOCUS);
+  }
+
+  TGroup& group_;
+  GroupBarPeer& bar_;
+
+ private:
+  [[nodiscard]] bool Key(WPARAM key);
+  void MoveFocus(TGroupBar::Move move);
+  void SetHot(bool hot);
+
+  bool hot_ = false;
+};
+
+LRESULT NavigationButton::Process(UINT message, WPARAM wParam, LPARAM lParam) {
+  switch (message) {
+    case WM_GETDLGCODE: {
+      const auto* key = reinterpret_cast<const MSG*>(lParam);
+      const bool enter = key && key->message == WM_KEYDOWN && key->wParam == VK_RETURN;
+      return DLGC_BUTTON | DLGC_WANTARROWS | (enter ? DLGC_WANTMESSAGE : 0);
+    }
+    case WM_KEYDOWN:
+      if (Key(wParam)) return 0;
+      break;
+    case WM_SETFOCUS:
+      bar_.MoveTabStop(Handle());
+      Invalidate();
+      break;
+    case WM_KILLFOCUS:
+    case WM_UPDATEUISTATE:
+      Invalidate();
+      break;
+    case WM_MOUSEMOVE:
+      SetHot(true);
+      break;
+    case WM_MOUSELEAVE:
+      SetHot(false);
+      break;
+    case WM_SETCURSOR:
+      SetCursor(LoadCursorW(nullptr, IDC_HAND));
+      return TRUE;
+    case WM_ERASEBKGND:
+      return TRUE;
+    default:
+      break;
+  }
+  return Window::Process(message, wParam, lParam);
+}
+
+std::optional<LRESULT> NavigationButton::Reflected(UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == WM_DRAWITEM) {
+    const auto& item = *reinterpret_cast<const DRAWITEMSTRUCT*>(lParam);
+    const BufferedDc buffer(item.hDC, item.rcItem);
+    Draw(buffer.Get(), item.rcItem);
+    return TRUE;
+  }
+  // The second press of a double click is a click as well: it closes what the first one opened.
+  if (message == WM_COMMAND &&
+      (HIWORD(wParam) == BN_CLICKED || HIWORD(wParam) == BN_DOUBLECLICKED)) {
+    Run([this] { Click(); });
+    return 0;
+  }
+  return std::nullopt;
+}
+
+void NavigationButton::Apply(Change change) {
+  if (change == Change::Visible && !control_.Visible()) {
+    // The group was closed over the item.
+    const HWND header = dynamic_cast<Window&>(*group_.Peer()).FocusHandle();
+    if (HasFocus()) Form().Focus(header);
+    if (bar_.TabStop() == Handle()) bar_.MoveTabStop(header);
+  }
+  Window::Apply(change);
+  if (change == Change::Caption) Invalidate();
+}
+
+bool NavigationButton::Key(WPARAM key) {
+  switch (key) {
+    case VK_UP:
+      MoveFocus(TGroupBar::Move::Previous);
+      return true;
+    case VK_DOWN:
+      MoveFocus(TGroupBar::Move::Next);
+      return true;
+    case VK_HOME:
+      MoveFocus(TGroupBar::Move::First);
+      return true;
+    case VK_END:
+      MoveFocus(TGroupBar::Move::Last);
+      return true;
+    case VK_LEFT:
+    case VK_RIGHT:
+      Run([&] {
+        if (group_.Opened() != (key == VK_RIGHT)) group_.ClickHeader();
+      });
+      return true;
+    case VK_RETURN:
+      Run([this] { Click(); });
+      return true;
+    default:
+      return false;
+  }
+}
+
+void NavigationButton::MoveFocus(TGroupBar::Move move) {
+  // Whoever moves by keyboard wants to see the focus.
+  SendMessageW(Handle(), WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
+  if (TControl* target = bar_.Bar().FocusTarget(control_, move)) target->SetFocus();
+}
+
+void NavigationButton::SetHot(bool hot) {
+  if (hot_ == hot) return;
+  hot_ = hot;
+  if (hot) {
+    TRACKMOUSEEVENT leave{sizeof leave, TME_LEAVE, Handle(), 0};
+    TrackMouseEvent(&leave);
+  }
+  Invalidate();
+}
+
+void DrawFocus(HDC dc, RECT area) {
+  SetTextColor(dc, kBlack);
+  SetBkColor(dc, kWhite);
+  DrawFocusRect(dc, &area);
+}
+
+// The header of a group: the strip's picture with the label's caption over it.
+class HeaderButton : public NavigationButton {
+ public:
+  HeaderButton(TGroup& group, PeerContext& context, FormWindow& form, HWND parent)
+      : NavigationButton(group, group, context, form), label_(*group.HeaderLabel()) {
+    CreateButton(parent);
+  }
+
+  void PictureChanged() {
+    bitmap_ = PictureBitmap(group_.HeaderImage()->Picture());
+    Invalidate();
+  }
+  void CaptionChanged() { NavigationButton::Apply(Change::Caption); }
+
+ protected:
+  std::wstring WindowText() const override { return Literal(label_.Caption()); }
+  RECT WindowBounds() const override { return ToRect(group_.HeaderImage()->Bounds()); }
+
+  void Click() override { group_.ClickHeader(); }
+
+  void Draw(HDC dc, const RECT& area) override {
+    COLORREF color = label_.FontColor();
+    if (HighContrast()) {
+      color = GetSysColor(COLOR_BTNTEXT);
+      Fill(dc, area, GetSysColor(COLOR_BTNFACE));
+      FrameRect(dc, &area, GetSysColorBrush(COLOR_BTNTEXT));
+    } else {
+      Fill(dc, area, bar_.Bar().Color());
+      bitmap_.Draw(dc, area, group_.HeaderImage()->stretch);
+    }
+    RECT text = area;
+    text.left = label_.Bounds().left;
+    text.right -= GetSystemMetrics(SM_CXSMICON) + 4;  // the picture's arrow
+    const LabelStyle style = label_.Style();
+    DrawTextLine(dc, context_.fonts.Of(style), color, label_.Caption(), text);
+    if (FocusShown()) DrawFocus(dc, {area.left + 2, area.top + 2, area.right - 2, area.bottom - 2});
+  }
+
+ private:
+  TLabel& label_;
+  PictureBitmap bitmap_;
+};
+
+// The header's strip and label are shown by the header button.
+class HeaderPart : public ControlPeer {
+ public:
+  explicit HeaderPart(HeaderButton& header) : header_(header) {}
+  void Changed(Change change) override {
+    if (change == Change::Picture) header_.PictureChanged();
+    if (change == Change::Caption) header_.CaptionChanged();
+  }
+
+ private:
+  HeaderButton& header_;
+};
+
+class GroupPeer : public WindowPeer<ControlPeer, ContainerWindow> {
+ public:
+  GroupPeer(TGroup& group, PeerContext& context, FormWindow& form, HWND parent)
+      : WindowPeer(group, context, &form) {
+    CreateOwn({L"TarvelinGroup", WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, WS_EX_CONTROLPARENT,
+               parent, form.AddControl()});
+    header_ = std::make_unique<HeaderButton>(group, context, form, Handle());
+    header_->PictureChanged();
+  }
+
+  [[nodiscard]] HWND FocusHandle() const override { return header_->Handle(); }
+  [[nodiscard]] HeaderButton& Header() const { return *header_; }
+
+ private:
+  std::unique_ptr<HeaderButton> header_;
+};
+
+class GroupItemPeer : public WindowPeer<ControlPeer, NavigationButton> {
+ public:
+  GroupItemPeer(TGroupItem& item, TGroup& group, PeerContext& context, FormWindow& form,
+                HWND parent)
+      : WindowPeer(item, group, context, form), item_(item) {
+    CreateButton(parent);
+  }
+
+ protected:
+  std::wstring WindowText() const override { return Literal(item_.Caption()); }
+
+  void Apply(Change change) override {
+    // The selected item is the one that Tab reaches, unless the focus is elsewhere in the bar.
+    if (change == Change::Color && item_.Selected() &&
+        !IsChild(bar_.Handle(), GetFocus())) {
+      bar_.MoveTabStop(Handle());
+    }
+    NavigationButton::Apply(change);
+  }
+
+  void Click() override { item_.Click(); }
+
+  void Draw(HDC dc, const RECT& area) override {
+    COLORREF color = TextColor(item_.FontColor());
+    COLORREF background = BackgroundColor(group_.Color());
+    if (item_.Selected()) {
+      background = HighContrast() ? GetSysColor(COLOR_HIGHLIGHT) : kSelectedBackground;
+      if (HighContrast()) color = GetSysColor(COLOR_HIGHLIGHTTEXT);
+    } else if (Hot() && !HighContrast()) {
+      background = kHotBackground;
+    }
+    Fill(dc, area, background);
+
+    const TImageList* images = bar_.Bar().SmallImages();
+    const int image = images ? images->StoredImage(item_.ImageIndex()) : -1;
+    if (image >= 0) {
+      ImageList_Draw(ImagesOf(images), image, dc, area.left + kIconLeft,
+                     area.top + (area.bottom - area.top - kIconSide) / 2, ILD_TRANSPARENT);
+    }
+    const HFONT font = Hot() ? context_.fonts.Underlined() : context_.fonts.Plain();
+    DrawTextLine(dc, font, color, item_.Caption(),
+                 {area.left + kTextLeft, area.top, area.right - 2, area.bottom});
+    if (FocusShown()) DrawFocus(dc, area);
+  }
+
+ private:
+  TGroupItem& item_;
+};
+
+}  // namespace
+
+std::unique_ptr<ControlPeer> MakeGroupBarPeer(TGroupBar& bar, PeerContext& context,
+                                              FormWindow& form, HWND parent) {
+  return std::make_unique<GroupBarPeer>(bar, context, form, parent);
+}
+
+std::unique_ptr<ControlPeer> MakeGroupPeer(TGroup& group, PeerContext& context, FormWindow& form,
+                                           HWND parent) {
+  return std::make_unique<GroupPeer>(group, context, form, parent);
+}
+
+std::unique_ptr<ControlPeer> MakeGroupItemPeer(TGroupItem& item, PeerContext& context,
+                                               FormWindow& form, HWND parent) {
+  return std::make_unique<GroupItemPeer>(item, dynamic_cast<TGroup&>(*item.Parent()), context,
+                                         form, parent);
+}
+
+std::unique_ptr<ControlPeer> MakeHeaderPartPeer(const TGroup& group) {
+  return std::make_unique<HeaderPart>(dynamic_cast<GroupPeer&>(*group.Peer()).Header());
+}
+
+}  // namespace tarvelin

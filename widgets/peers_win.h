@@ -1,0 +1,44 @@
+// Shows the components of a window as real Windows controls.
+#pragma once
+
+#include <windows.h>
+
+#include <functional>
+
+#include "widgets/components.h"
+#include "widgets/message_loop_win.h"
+#include "widgets/paint_win.h"
+
+namespace tarvelin {
+
+// What all windows of the program share. It outlives them.
+struct PeerContext {
+  HINSTANCE instance;
+  MessageLoop& loop;
+  // Runs what a component does in answer to the user. It lets no exception out: none may unwind
+  // through a window procedure.
+  std::function<void(const std::function<void()>& command)> run;
+  Fonts fonts;
+  HICON icon = nullptr;       // of the program, 32 x 32
+  HICON smallIcon = nullptr;  // 16 x 16
+};
+
+// What the form's description does not hold of its window.
+struct FormFrame {
+  // The window that the form belongs to. A form with an owner is a dialog: it has no minimise
+  // button and no place on the task bar. One without ends the program when it is closed.
+  HWND owner = nullptr;
+  // Limits of the whole window in pixels (WM_GETMINMAXINFO); zero for none.
+  SIZE minimum{};
+  SIZE maximum{};
+};
+
+// Creates the window of a form and of everything in it, hidden until the form is shown. The class
+// of the form's window is "T" and the form's name. `form.SetPeer(nullptr)` destroys the windows.
+// Throws std::bad_alloc when Windows refuses one.
+void AttachPeers(TForm& form, PeerContext& context, const FormFrame& frame);
+
+// The window of a control that has one, null before AttachPeers.
+[[nodiscard]] HWND WindowOf(const TControl& control);
+
+}  // namespace tarvelin

@@ -1,0 +1,240 @@
+#include "widgets/window_win.h"
+
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include <new>
+
+#include "widgets/form_win.h"
+
+namespace tarvelin {
+
+namespace {
+
+constexpr UINT_PTR kSubclassId = 1;
+// A subclassed control bears its object as a property, for its parent to find.
+constexpr const wchar_t* kObjectProperty = L"Tarvelin.Window";
+
+// Painting answered by BeginPaint must end, whatever the painting did.
+class PaintGuard {
+ public:
+  explicit PaintGuard(HWND window) : window_(window) { BeginPaint(window, &paint_); }
+  PaintGuard(const PaintGuard&) = delete;
+  PaintGuard& operator=(const PaintGuard&) = delete;
+  ~PaintGuard() { EndPaint(window_, &paint_); }
+  [[nodiscard]] HDC Get() const { return paint_.hdc; }
+  [[nodiscard]] const RECT& Area() const { return paint_.rcPaint; }
+
+ private:
+  HWND window_;
+  PAINTSTRUCT paint_{};
+};
+
+// The child window that a message to its parent is about, null when it is about none.
+HWND Subject(UINT message, LPARAM lParam) {
+  switch (message) {
+    case WM_COMMAND:
+    case WM_CTLCOLORBTN:
+    case WM_CTLCOLOREDIT:
+    case WM_CTLCOLORSTATIC:
+      return reinterpret_cast<HWND>(lParam);
+    case WM_NOTIFY:
+      return reinterpret_cast<const NMHDR*>(lParam)->hwndFrom;
+    case WM_DRAWITEM:
+      return reinterpret_cast<const DRAWITEMSTRUCT*>(lParam)->hwndItem;
+    default:
+      return nullptr;
+  }
+}
+
+}  // namespace
+
+// ---- The link between object and window ----
+
+Window::Window(TControl& control, PeerContext& context, FormWindow* form)
+    : control_(control), context_(context), form_(form) {}
+
+Window::~Window() {
+  if (handle_) Unlink();
+}
+
+void Window::Unlink() {
+  if (subclassed_) {
+    RemovePropW(handle_, kObjectProperty);
+    RemoveWindowSubclass(handle_, SubclassProcedure, kSubclassId);
+  } else {
+    SetWindowLongPtrW(handle_, GWLP_USERDATA, 0);
+  }
+  handle_ = nullptr;
+}
+
+void Window::Create(const Creation& creation, void* parameter) {
+  const RECT bounds = WindowBounds();
+  const bool child = (creation.style & WS_CHILD) != 0;
+  const DWORD state =
+      (child && control_.Visible() ? WS_VISIBLE : 0) | (control_.Enabled() ? 0 : WS_DISABLED);
+  handle_ = CreateWindowExW(
+      creation.exStyle, creation.windowClass, WindowText().c_str(), creation.style | state,
+      bounds.left, bounds.top, bounds.right - bounds.left, bounds.bottom - bounds.top,
+      creation.parent, child ? reinterpret_cast<HMENU>(static_cast<INT_PTR>(creation.id)) : nullptr,
+      context_.instance, parameter);
+  if (!handle_) throw std::bad_alloc();
+}
+
+void Window::CreateOwn(const Creation& creation) {
+  WNDCLASSEXW own{};
+  own.cbSize = sizeof own;
+  if (!GetClassInfoExW(context_.instance, creation.windowClass, &own)) {
+    own.lpfnWndProc = OwnProcedure;
+    own.hInstance = context_.instance;
+    own.hIcon = context_.icon;
+    own.hIconSm = context_.smallIcon;
+    own.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    own.lpszClassName = creation.windowClass;
+    if (!RegisterClassExW(&own)) throw std::bad_alloc();
+  }
+  Create(creation, this);
+}
+
+void Window::CreateSystem(const Creation& creation) {
+  Create(creation, nullptr);
+  subclassed_ = true;
+  SetWindowSubclass(handle_, SubclassProcedure, kSubclassId, reinterpret_cast<DWORD_PTR>(this));
+  SetPropW(handle_, kObjectProperty, this);
+  SendMessageW(handle_, WM_SETFONT, reinterpret_cast<WPARAM>(context_.fonts.Plain()), FALSE);
+}
+
+LRESULT CALLBACK Window::OwnProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == WM_NCCREATE) {
+    auto* created = static_cast<Window*>(
+        reinterpret_cast<const CREATESTRUCTW*>(lParam)->lpCreateParams);
+    created->handle_ = window;
+    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(created));
+  }
+  auto* object = reinterpret_cast<Window*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+  return object ? object->Receive(message, wParam, lParam)
+                : DefWindowProcW(window, message, wParam, lParam);
+}
+
+LRESULT CALLBACK Window::SubclassProcedure(HWND, UINT message, WPARAM wParam, LPARAM lParam,
+                                           UINT_PTR, DWORD_PTR object) {
+  return reinterpret_cast<Window*>(object)->Receive(message, wParam, lParam);
+}
+
+LRESULT Window::Receive(UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == WM_NCDESTROY) {
+    const LRESULT result = Process(message, wParam, lParam);
+    Unlink();
+    return result;
+  }
+  if (const HWND child = Subject(message, lParam)) {
+    if (const auto result = Reflect(child, message, wParam, lParam)) return *result;
+  }
+  return Process(message, wParam, lParam);
+}
+
+std::optional<LRESULT> Window::Reflect(HWND child, UINT message, WPARAM wParam, LPARAM lParam) {
+  auto* object = static_cast<Window*>(GetPropW(child, kObjectProperty));
+  return object ? object->Reflected(message, wParam, lParam) : std::nullopt;
+}
+
+LRESULT Window::Process(UINT message, WPARAM wParam, LPARAM lParam) {
+  return Default(message, wParam, lParam);
+}
+
+LRESULT Window::Default(UINT message, WPARAM wParam, LPARAM lParam) {
+  return subclassed_ ? DefSubclassProc(handle_, message, wParam, lParam)
+                     : DefWindowProcW(handle_, message, wParam, lParam);
+}
+
+std::optional<LRESULT> Window::Reflected(UINT, WPARAM, LPARAM) { return std::nullopt; }
+
+void Window::Apply(Change change) {
+  if (!handle_) return;
+  switch (change) {
+    case Change::Bounds: {
+      const RECT bounds = WindowBounds();
+      SetWindowPos(handle_, nullptr, bounds.left, bounds.top, bounds.right - bounds.left,
+                   bounds.bottom - bounds.top, SWP_NOZORDER | SWP_NOACTIVATE);
+      break;
+    }
+    case Change::Caption:
+      SetWindowTextW(handle_, WindowText().c_str());
+      break;
+    case Change::Enabled:
+      // A disabled window would keep the focus and swallow the keys.
+      if (!control_.Enabled() && GetFocus() == handle_) form_->FocusBefore(handle_);
+      EnableWindow(handle_, control_.Enabled());
+      break;
+    case Change::Visible:
+      ShowWindow(handle_, control_.Visible() ? SW_SHOWNA : SW_HIDE);
+      break;
+    case Change::Order:
+      SetWindowPos(handle_, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+      break;
+    case Change::Focus:
+      form_->Focus(FocusHandle());
+      break;
+    case Change::Color:
+    case Change::Picture:
+      Invalidate();
+      break;
+    case Change::Checked:
+      break;
+  }
+}
+
+// ---- Containers ----
+
+LRESULT ContainerWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
+  switch (message) {
+    case WM_ERASEBKGND:
+      return TRUE;
+    case WM_PAINT: {
+      const PaintGuard paint(Handle());
+      const BufferedDc buffer(paint.Get(), paint.Area());
+      Paint(buffer.Get(), paint.Area());
+      return 0;
+    }
+    case WM_PRINTCLIENT: {
+      RECT area{};
+      GetClientRect(Handle(), &area);
+      Paint(reinterpret_cast<HDC>(wParam), area);
+      return 0;
+    }
+    case WM_SETFOCUS:
+      // The control that had the focus was hidden together with this window.
+      Form().FocusBefore(Handle());
+      return 0;
+    case WM_CTLCOLORBTN:
+    case WM_CTLCOLORSTATIC: {
+      const auto dc = reinterpret_cast<HDC>(wParam);
+      const COLORREF background = BackgroundColor(control_.Color());
+      SetTextColor(dc, TextColor(kBlack));
+      SetBkColor(dc, background);
+      SetDCBrushColor(dc, background);
+      return reinterpret_cast<LRESULT>(GetStockObject(DC_BRUSH));
+    }
+    default:
+      return Window::Process(message, wParam, lParam);
+  }
+}
+
+void ContainerWindow::Apply(Change change) {
+  Window::Apply(change);
+  // Children show the colour too.
+  if (change == Change::Color && Handle()) {
+    RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
+  }
+}
+
+void ContainerWindow::Paint(HDC dc, const RECT& area) {
+  Fill(dc, area, BackgroundColor(control_.Color()));
+  for (const TControl* child : control_.Controls()) {
+    auto* graphic = dynamic_cast<Graphic*>(child->Peer());
+    if (graphic && child->Visible()) graphic->Draw(dc);
+  }
+}
+
+}  // namespace tarvelin

@@ -33,6 +33,27 @@ BOOL CALLBACK Collect(HWND window, LPARAM windows) {
   return TRUE;
 }
 
+UniqueKernelObject Start(std::wstring commandLine, const std::wstring& currentFolder) {
+  STARTUPINFOW startup{};
+  startup.cb = sizeof(startup);
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                      currentFolder.empty() ? nullptr : currentFolder.c_str(), &startup,
+                      &process)) {
+    throw DriverError(L"cannot start " + commandLine);
+  }
+  CloseHandle(process.hThread);
+  return UniqueKernelObject(process.hProcess);
+}
+
+DWORD ExitCode(HANDLE process) {
+  const auto ended = [&] { return WaitForSingleObject(process, 0) == WAIT_OBJECT_0; };
+  WaitUntil(ended, L"a process to end");
+  DWORD code = STILL_ACTIVE;
+  GetExitCodeProcess(process, &code);
+  return code;
+}
+
 std::wstring TakeText(BSTR text) {
   std::wstring taken = text ? text : L"";
   SysFreeString(text);
@@ -59,6 +80,8 @@ std::wstring Environment(const wchar_t* name) {
   if (value.empty()) throw DriverError(std::wstring(name) + L" is not set");
   return value;
 }
+
+DWORD RunToEnd(const std::wstring& commandLine) { return ExitCode(Start(commandLine, L"").Get()); }
 
 std::wstring CopyProgram(const std::wstring& folder) {
   const std::filesystem::path exe = Environment(L"TARVELIN_EXE");
@@ -95,9 +118,9 @@ void SetText(HWND edit, std::wstring_view text) {
 Accessible AccessibleOf(HWND window) {
   static const HRESULT ready = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   IAccessible* object = nullptr;
-  if (FAILED(ready) ||
-      FAILED(AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT), IID_IAccessible,
-                                        reinterpret_cast<void**>(&object)))) {
+  if (FAILED(ready) || FAILED(AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT),
+                                                         __uuidof(IAccessible),
+                                                         reinterpret_cast<void**>(&object)))) {
     throw DriverError(L"no accessible object for " + TextOf(window));
   }
   VARIANT self{}, number{};
@@ -131,18 +154,8 @@ HWND FindControl(HWND parent, std::wstring_view className, std::wstring_view tex
 // ---- The process ----
 
 Program::Program(const std::wstring& exe, const std::wstring& currentFolder) {
-  STARTUPINFOW startup{};
-  startup.cb = sizeof(startup);
-  PROCESS_INFORMATION process{};
-  std::wstring commandLine = L"\"" + exe + L"\"";
-  if (!CreateProcessW(exe.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                      currentFolder.empty() ? nullptr : currentFolder.c_str(), &startup,
-                      &process)) {
-    throw DriverError(L"cannot start " + exe);
-  }
-  CloseHandle(process.hThread);
-  process_.Reset(process.hProcess);
-  processId_ = process.dwProcessId;
+  process_ = Start(L"\"" + exe + L"\"", currentFolder);
+  processId_ = GetProcessId(process_.Get());
   remote_ = VirtualAllocEx(process_.Get(), nullptr, sizeof(LVITEMW) + kCellLength * sizeof(wchar_t),
                            MEM_COMMIT, PAGE_READWRITE);
   AwaitWindow();
@@ -155,12 +168,7 @@ Program::~Program() {
 
 bool Program::Running() const { return WaitForSingleObject(process_.Get(), 0) == WAIT_TIMEOUT; }
 
-DWORD Program::WaitForExit() {
-  WaitUntil([this] { return !Running(); }, L"the program's end");
-  DWORD code = STILL_ACTIVE;
-  GetExitCodeProcess(process_.Get(), &code);
-  return code;
-}
+DWORD Program::WaitForExit() { return ExitCode(process_.Get()); }
 
 DWORD Program::Close() {
   PostMessageW(window_, WM_CLOSE, 0, 0);
@@ -268,8 +276,9 @@ Box Program::OpenBox() const {
     if (control && IsWindowVisible(control)) box.buttons.push_back(button);
   }
   for (HWND control : VisibleControls(box.window)) {
-    const auto style = GetWindowLongW(control, GWL_STYLE);
-    box.icon |= ClassOf(control) == L"Static" && (style & SS_TYPEMASK) == SS_ICON;
+    const bool image = ClassOf(control) == L"Static" &&
+                       (GetWindowLongW(control, GWL_STYLE) & SS_TYPEMASK) == SS_ICON;
+    box.icon |= image && Ask(control, STM_GETICON) != 0;
   }
   return box;
 }

@@ -29,6 +29,9 @@ void WaitUntil(const std::function<bool()>& condition, std::wstring_view what,
 // A variable that the runner sets, such as TARVELIN_EXE.
 [[nodiscard]] std::wstring Environment(const wchar_t* name);
 
+// Runs a program to its end and returns its exit code.
+DWORD RunToEnd(const std::wstring& commandLine);
+
 // Copies the program with its language files into a folder and returns the path of the copy.
 std::wstring CopyProgram(const std::wstring& folder);
 

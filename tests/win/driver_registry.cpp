@@ -237,6 +237,16 @@ void InstallModule(const std::wstring& sampleName, const std::wstring& path) {
   std::filesystem::copy_file(source, path, std::filesystem::copy_options::overwrite_existing);
 }
 
+void ImportSample() {
+  std::ifstream source(std::filesystem::path(Environment(L"TARVELIN_SAMPLE") + L"\\sample.reg"),
+                       std::ios::binary);
+  const std::string text(std::istreambuf_iterator<char>(source), {});
+  const Bytes utf16 = ToUtf16Le(L'\xFEFF' + FromUtf8(std::as_bytes(std::span(text))));
+  WriteFileBytes(L"C:\\sample.reg",
+                 std::string_view(reinterpret_cast<const char*>(utf16.data()), utf16.size()));
+  Require(RunToEnd(L"C:\\windows\\regedit.exe /S C:\\sample.reg") == 0, L"cannot import", L"sample.reg");
+}
+
 void WriteFileBytes(const std::wstring& path, std::string_view bytes) {
   std::filesystem::create_directories(std::filesystem::path(path).parent_path());
   std::ofstream file(std::filesystem::path(path), std::ios::binary);

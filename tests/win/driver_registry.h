@@ -56,11 +56,13 @@ class AccessRule {
 
 // Copies a module of the sample (TARVELIN_SAMPLE) to a path, whose folders are made.
 void InstallModule(const std::wstring& sampleName, const std::wstring& path);
+// Imports the sample's registry, without installing any module.
+void ImportSample();
 void WriteFileBytes(const std::wstring& path, std::string_view bytes);
 
 // One line for each key ("path") and value ("path|name=type:data", data as text or in hex) of a
-// branch, or for each file of a folder ("path size"), sorted. Links are named
-// and not followed; control characters stand as \xNNNN.
+// branch, or for each file of a folder ("path size"), sorted. Links are named and not followed;
+// control characters stand as \xNNNN.
 using Lines = std::vector<std::wstring>;
 [[nodiscard]] Lines DumpRegistry(const std::wstring& path);
 [[nodiscard]] Lines ListFiles(const std::wstring& folder);

@@ -312,7 +312,10 @@ void TFormMain::CreatePages() {
         Button_Restore = &created;
       }
     }
-    AddImage(L"img" + std::to_wstring(index + 2), *controls.page, {0, 363, 565, 1}, L"line.png");
+    // Softer than the line of the bottom panel right below it, or the two would look like a thick
+    // one.
+    AddImage(L"img" + std::to_wstring(index + 2), *controls.page, {0, 363, 565, 1},
+             L"line-soft.png");
   }
 }
 

@@ -13,7 +13,7 @@ trap 'rm -rf "$work"' EXIT
 # The same drawing gives the same bytes: no time stamps, and pixels as plain 8-bit RGBA or RGB.
 png() { convert "$1" "${@:3}" -strip -define png:exclude-chunks=all -depth 8 "$2"; }
 
-for name in logo navigation categories line; do
+for name in logo navigation categories line line-soft; do
   rsvg-convert "$sources/$name.svg" -o "$work/$name.png"
   png "$work/$name.png" "PNG32:$target/artwork/$name.png"
 done

@@ -74,39 +74,46 @@ std::wstring GetProgramFilesDir(RegistryBackend& registry) {
   return access.ReadString(L"ProgramFilesDir");
 }
 
-int AddExtensionIcon(TPlatform& platform, RowImages& images, std::wstring_view extension,
-                     std::wstring_view programId) {
-  FileSystem& files = platform.files;
-  const std::wstring systemFolder = GetSystemDir(files) + L"\\";
-  const auto addShellIcon = [&](int index) {
-    return images.AddExtracted(systemFolder + L"shell32.dll", index);
-  };
-  const auto orShellIcon = [&](int image) { return image >= 0 ? image : addShellIcon(0); };
+int ExtensionIcons::Add(std::wstring_view extension, std::wstring_view programId) {
+  if (SameText(extension, L".exe")) return AddShellIcon(2);
 
-  if (SameText(extension, L".exe")) return addShellIcon(2);
-
-  TRegistry registry(platform.registry);
+  TRegistry registry(platform_.registry);
   registry.SetRootKey(RootKey::ClassesRoot);
-  if (!registry.OpenKey(std::wstring(programId) + L"\\DefaultIcon", false)) return addShellIcon(0);
+  if (!registry.OpenKey(std::wstring(programId) + L"\\DefaultIcon", false)) return AddShellIcon(0);
   const std::wstring specification = registry.ReadString(L"");
   registry.CloseKey();
 
-  if (files.FileExists(specification)) return orShellIcon(images.AddFileType(specification));
+  // Many types share one specification; its file is looked for once.
+  const auto known = specified_.find(specification);
+  if (known != specified_.end()) return images_.AddCopy(known->second);
+  return specified_[specification] = AddSpecified(specification);
+}
+
+int ExtensionIcons::AddSpecified(const std::wstring& specification) {
+  FileSystem& files = platform_.files;
+  const auto orShellIcon = [&](int image) { return image >= 0 ? image : AddShellIcon(0); };
+
+  if (files.FileExists(specification)) return orShellIcon(rowImages_.AddFileType(specification));
 
   const auto [file, index] = SplitIconSpecification(specification);
   if (files.FileExists(file)) {
-    return orShellIcon(images.AddExtracted(file, ParseInteger(index).value_or(0)));
+    return orShellIcon(rowImages_.AddExtracted(file, ParseInteger(index).value_or(0)));
   }
-  if (files.FileExists(systemFolder + file)) {
-    return images.AddExtracted(systemFolder + file, RequireInteger(index));
+  const std::wstring systemFile = GetSystemDir(files) + L"\\" + file;
+  if (files.FileExists(systemFile)) {
+    return rowImages_.AddExtracted(systemFile, RequireInteger(index));
   }
   static constexpr std::wstring_view kProgramFiles = L"%ProgramFiles%";
   const std::wstring path =
       file.find(kProgramFiles) != std::wstring::npos
-          ? ReplaceFirst(file, kProgramFiles, GetProgramFilesDir(platform.registry))
+          ? ReplaceFirst(file, kProgramFiles, GetProgramFilesDir(platform_.registry))
           : CommandLineToFilePath(files, file);
-  if (files.FileExists(path)) return images.AddExtracted(path, RequireInteger(index));
-  return addShellIcon(0);
+  if (files.FileExists(path)) return rowImages_.AddExtracted(path, RequireInteger(index));
+  return AddShellIcon(0);
+}
+
+int ExtensionIcons::AddShellIcon(int index) {
+  return rowImages_.AddExtracted(GetSystemDir(platform_.files) + L"\\shell32.dll", index);
 }
 
 }  // namespace tarvelin

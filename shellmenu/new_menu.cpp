@@ -4,7 +4,6 @@
 #include "common/registry.h"
 #include "shellmenu/extension_icon.h"
 #include "shellmenu/list_update.h"
-#include "shellmenu/row_images.h"
 #include "shellmenu/shellmenu.h"
 
 namespace tarvelin {
@@ -17,7 +16,7 @@ bool OffersNewFile(const std::vector<std::wstring>& valueNames) {
 
 void AddFileTypes(TPlatform& platform, TListView& list, TImageList& images) {
   const ListUpdate update(list);
-  RowImages rowImages(platform, images);
+  ExtensionIcons icons(platform, images);
   TRegistry registry(platform.registry);
   registry.SetRootKey(RootKey::ClassesRoot);
   registry.OpenKey(L"\\", true);
@@ -42,7 +41,7 @@ void AddFileTypes(TPlatform& platform, TListView& list, TImageList& images) {
     TListItem row;
     row.caption = GetTypeDescription(platform.registry, programId);
     if (row.caption.empty()) continue;
-    row.imageIndex = AddExtensionIcon(platform, rowImages, extension, defaultValue);
+    row.imageIndex = icons.Add(extension, defaultValue);
     auto record = std::make_unique<TNew>();
     record->KeyPath = std::move(keyPath);
     row.data = std::move(record);

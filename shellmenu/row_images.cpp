@@ -14,7 +14,7 @@ int RowImages::AddOnce(std::wstring source, Extract extract) {
     if (const std::unique_ptr<Icon> icon = extract()) known->second = images_.Add(*icon);
     return known->second;
   }
-  return known->second < 0 ? -1 : images_.AddCopy(known->second);
+  return images_.AddCopy(known->second);
 }
 
 int RowImages::AddExtracted(const std::wstring& file, int index) {

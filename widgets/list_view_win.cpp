@@ -4,6 +4,7 @@
 #include <uxtheme.h>
 
 #include <algorithm>
+#include <type_traits>
 
 #include "widgets/controls_win.h"
 
@@ -69,6 +70,7 @@ class ListPeer : public WindowPeer<ListViewPeer> {
     return SendMessageW(Handle(), message, wParam, lParam);
   }
   template <typename Structure>
+    requires std::is_class_v<Structure>
   LRESULT Send(UINT message, WPARAM wParam, Structure& structure) const {
     return Send(message, wParam, reinterpret_cast<LPARAM>(&structure));
   }

@@ -119,7 +119,9 @@ std::unique_ptr<RegistryKey> Wrap(LSTATUS status, UniqueRegistryKey key) {
 constexpr NTSTATUS kNotFound = static_cast<NTSTATUS>(0xC0000034);
 constexpr NTSTATUS kKeyDeleted = static_cast<NTSTATUS>(0xC000017C);
 
-constexpr REGSAM kRemovalAccess = DELETE | KEY_ENUMERATE_SUB_KEYS | KEY_QUERY_VALUE;
+// What cannot be opened to be written is not deleted either, even where Windows would let its owner
+// do so.
+constexpr REGSAM kRemovalAccess = KEY_ALL_ACCESS;
 
 // The kernel's own calls, because the Win32 ones take names that end at a NUL: a key whose name
 // holds one can neither be opened nor deleted through them, and one whose name begins with a NUL

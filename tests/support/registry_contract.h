@@ -133,7 +133,7 @@ TYPED_TEST_P(RegistryContract, DeniedAccessLooksLikeAbsenceAndProtects) {
   EXPECT_FALSE(this->Open(L"Software\\Guarded\\Hidden", RegistryAccess::Read));
   EXPECT_FALSE(backend.Create(RootKey::LocalMachine, nullptr, L"Software\\Guarded\\Hidden"));
   EXPECT_FALSE(this->Open(L"Software\\Guarded\\Fixed"));
-  EXPECT_FALSE(backend.Create(RootKey::LocalMachine, nullptr, L"Software\\Guarded\\Fixed\\New"));
+  EXPECT_FALSE(backend.Create(RootKey::LocalMachine, nullptr, L"Software\\Guarded\\Fixed"));
   EXPECT_FALSE(this->Remove(L"Software\\Guarded\\Fixed"));
   const auto fixed = this->Open(L"Software\\Guarded\\Fixed", RegistryAccess::Read);
   ASSERT_TRUE(fixed);

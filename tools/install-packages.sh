@@ -11,10 +11,10 @@ for purpose in "$@"; do
       ;;
     test)
       packages+=(libpng-dev libjpeg62-turbo-dev clang-format-14 clang-tidy-14
-        wine wine64 fonts-wine)
+        wine wine64 fonts-wine fonts-droid-fallback)
       ;;
     run)
-      packages+=(wine wine64 fonts-wine xvfb xdotool imagemagick)
+      packages+=(wine wine64 fonts-wine fonts-droid-fallback xvfb xdotool imagemagick)
       ;;
     *)
       echo "install-packages: build, test or run, not $purpose" >&2

@@ -42,6 +42,12 @@ make_base() {
     )
     # Without a Tahoma Wine takes another font and the texts do not fit their places.
     cp /usr/share/wine/fonts/*.ttf "$base/drive_c/windows/Fonts/"
+    # It has no Chinese or Japanese characters; as on Windows another font lends them.
+    cp /usr/share/fonts-droid-fallback/truetype/DroidSansFallback.ttf \
+      "$base/drive_c/windows/Fonts/"
+    printf '\n[%s] 1700000000\n"Tahoma"=str(7):"%s\\0"\n' \
+      'Software\\Microsoft\\Windows NT\\CurrentVersion\\FontLink\\SystemLink' \
+      'DroidSansFallback.ttf,Droid Sans Fallback' >>"$base/system.reg"
     # The user's folders are links into the home directory; here they are folders.
     find "$base/drive_c/users" -type l | while read -r link; do
       rm "$link"

@@ -154,21 +154,25 @@ HWND FindControl(HWND parent, std::wstring_view className, std::wstring_view tex
 // ---- The process ----
 
 Program::Program(const std::wstring& exe, const std::wstring& currentFolder) {
-  process_ = Start(L"\"" + exe + L"\"", currentFolder);
-  processId_ = GetProcessId(process_.Get());
-  remote_ = VirtualAllocEx(process_.Get(), nullptr, sizeof(LVITEMW) + kCellLength * sizeof(wchar_t),
-                           MEM_COMMIT, PAGE_READWRITE);
+  process_.handle = Start(L"\"" + exe + L"\"", currentFolder);
+  processId_ = GetProcessId(process_.handle.Get());
+  remote_ =
+      VirtualAllocEx(process_.handle.Get(), nullptr,
+                     sizeof(LVITEMW) + kCellLength * sizeof(wchar_t), MEM_COMMIT, PAGE_READWRITE);
   AwaitWindow();
 }
 
-Program::~Program() {
-  TerminateProcess(process_.Get(), 99);
-  WaitForSingleObject(process_.Get(), kPatience);
+Program::Process::~Process() {
+  if (!handle) return;
+  TerminateProcess(handle.Get(), 99);
+  WaitForSingleObject(handle.Get(), kPatience);
 }
 
-bool Program::Running() const { return WaitForSingleObject(process_.Get(), 0) == WAIT_TIMEOUT; }
+bool Program::Running() const {
+  return WaitForSingleObject(process_.handle.Get(), 0) == WAIT_TIMEOUT;
+}
 
-DWORD Program::WaitForExit() { return ExitCode(process_.Get()); }
+DWORD Program::WaitForExit() { return ExitCode(process_.handle.Get()); }
 
 DWORD Program::Close() {
   PostMessageW(window_, WM_CLOSE, 0, 0);
@@ -305,11 +309,11 @@ int Program::RowCount() const { return static_cast<int>(Ask(List(), LVM_GETITEMC
 template <class Item>
 LRESULT Program::AskWithItem(HWND list, UINT message, WPARAM wParam, Item& item) const {
   SIZE_T done = 0;
-  if (!WriteProcessMemory(process_.Get(), remote_, &item, sizeof(item), &done)) {
+  if (!WriteProcessMemory(process_.handle.Get(), remote_, &item, sizeof(item), &done)) {
     throw DriverError(L"cannot write the program's memory");
   }
   const LRESULT result = Ask(list, message, wParam, reinterpret_cast<LPARAM>(remote_));
-  ReadProcessMemory(process_.Get(), remote_, &item, sizeof(item), &done);
+  ReadProcessMemory(process_.handle.Get(), remote_, &item, sizeof(item), &done);
   return result;
 }
 
@@ -324,7 +328,8 @@ std::wstring Program::CellText(HWND list, int row, int column) const {
   std::wstring copy(length, L'\0');
   SIZE_T done = 0;
   if (length > 0) {
-    ReadProcessMemory(process_.Get(), item.pszText, copy.data(), length * sizeof(wchar_t), &done);
+    ReadProcessMemory(process_.handle.Get(), item.pszText, copy.data(), length * sizeof(wchar_t),
+                      &done);
   }
   return copy;
 }

@@ -20,7 +20,7 @@ class DriverError : public std::runtime_error {
   explicit DriverError(std::wstring_view message);
 };
 
-inline constexpr DWORD kPatience = 20000;  // milliseconds
+inline constexpr DWORD kPatience = 40000;  // milliseconds
 
 // Polls until `condition` holds; `what` completes "timed out waiting for ...".
 void WaitUntil(const std::function<bool()>& condition, std::wstring_view what,
@@ -74,7 +74,7 @@ class Program {
   explicit Program(const std::wstring& exe, const std::wstring& currentFolder = L"");
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
-  ~Program();  // ends the process if it still runs
+  ~Program() = default;  // ends the process if it still runs
 
   [[nodiscard]] HWND Window() const { return window_; }
   [[nodiscard]] DWORD ProcessId() const { return processId_; }
@@ -123,7 +123,12 @@ class Program {
   void AwaitWindow();
   void AwaitCommand(HWND former);
 
-  UniqueKernelObject process_;
+  // Ends the process, also when the constructor fails.
+  struct Process {
+    UniqueKernelObject handle;
+    ~Process();
+  };
+  Process process_;
   DWORD processId_ = 0;
   void* remote_ = nullptr;  // in the program's memory
   HWND window_ = nullptr;

@@ -20,6 +20,7 @@ constexpr int kKeyName = 3;  // KeyNameInformation
 extern "C" NTSTATUS NTAPI NtCreateKey(HANDLE* key, ACCESS_MASK access, OBJECT_ATTRIBUTES* name,
                                       ULONG, UNICODE_STRING*, ULONG options, ULONG*);
 extern "C" NTSTATUS NTAPI NtOpenKey(HANDLE* key, ACCESS_MASK access, OBJECT_ATTRIBUTES* name);
+extern "C" NTSTATUS NTAPI NtDeleteKey(HANDLE key);
 extern "C" NTSTATUS NTAPI NtQueryKey(HANDLE key, int what, void* result, ULONG size, ULONG* needed);
 
 void Require(bool good, std::wstring_view what, const std::wstring& path) {
@@ -44,10 +45,10 @@ Place Split(const std::wstring& path) {
   throw DriverError(L"no such root: " + path);
 }
 
-UniqueRegistryKey Open(const std::wstring& path, REGSAM access) {
+UniqueRegistryKey Open(const std::wstring& path, REGSAM access, DWORD options = 0) {
   const Place place = Split(path);
   UniqueRegistryKey key;
-  RegOpenKeyExW(place.root, place.key.c_str(), 0, access, key.Put());
+  RegOpenKeyExW(place.root, place.key.c_str(), options, access, key.Put());
   return key;
 }
 
@@ -61,27 +62,47 @@ UniqueRegistryKey Create(const std::wstring& path, DWORD options = 0) {
   return key;
 }
 
-// A child whose name may hold NUL characters. Null when it cannot be opened.
-UniqueRegistryKey OpenOddChild(HKEY parent, std::wstring& name, bool create) {
+// A child whose name may hold NUL characters, a link itself and not what it points to; created when
+// asked for. Null when that is refused.
+UniqueRegistryKey OpenChild(HKEY parent, std::wstring& name, REGSAM access, bool create = false) {
+  UniqueRegistryKey key;
+  if (name.find(L'\0') == std::wstring::npos) {
+    RegOpenKeyExW(parent, name.c_str(), REG_OPTION_OPEN_LINK, access, key.Put());
+    return key;
+  }
   const auto bytes = static_cast<USHORT>(name.size() * sizeof(wchar_t));
   UNICODE_STRING text{bytes, bytes, name.data()};
   OBJECT_ATTRIBUTES attributes{};
   attributes.Length = sizeof(attributes);
   attributes.RootDirectory = parent;
   attributes.ObjectName = &text;
-  HANDLE key = nullptr;
-  const NTSTATUS status =
-      create ? NtCreateKey(&key, KEY_ALL_ACCESS, &attributes, 0, nullptr, 0, nullptr)
-             : NtOpenKey(&key, KEY_READ, &attributes);
-  return UniqueRegistryKey(status >= 0 ? static_cast<HKEY>(key) : nullptr);
+  HANDLE handle = nullptr;
+  const NTSTATUS status = create ? NtCreateKey(&handle, access, &attributes, 0, nullptr, 0, nullptr)
+                                 : NtOpenKey(&handle, access, &attributes);
+  if (status >= 0) key.Reset(static_cast<HKEY>(handle));
+  return key;
 }
 
-// A child, a link itself and not what it points to. Null when it cannot be opened.
-UniqueRegistryKey OpenChild(HKEY parent, std::wstring& name) {
-  if (name.find(L'\0') != std::wstring::npos) return OpenOddChild(parent, name, false);
-  UniqueRegistryKey key;
-  RegOpenKeyExW(parent, name.c_str(), REG_OPTION_OPEN_LINK, KEY_READ, key.Put());
-  return key;
+// The name of one subkey or, when there is none left, nullopt.
+std::optional<std::wstring> ChildName(HKEY key, DWORD index) {
+  std::wstring name(256, L'\0');
+  auto length = static_cast<DWORD>(name.size());
+  if (RegEnumKeyExW(key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) !=
+      ERROR_SUCCESS) {
+    return std::nullopt;
+  }
+  name.resize(length);
+  return name;
+}
+
+// The system's own routine is led astray by names that begin with NUL.
+void DeleteWithChildren(HKEY key) {
+  while (auto name = ChildName(key, 0)) {
+    const UniqueRegistryKey child = OpenChild(key, *name, KEY_ALL_ACCESS);
+    Require(static_cast<bool>(child), L"cannot delete", *name);
+    DeleteWithChildren(child.Get());
+  }
+  Require(NtDeleteKey(key) >= 0, L"cannot delete", L"a key");
 }
 
 std::wstring Printable(std::wstring_view text) {
@@ -130,15 +151,9 @@ void DumpKey(HKEY key, const std::wstring& path, Lines& lines) {
     const Bytes value(data.begin(), data.begin() + size);
     lines.push_back(path + L"|" + Printable({name.data(), length}) + L"=" + ValueText(type, value));
   }
-  for (DWORD index = 0;; ++index) {
-    auto length = static_cast<DWORD>(name.size());
-    if (RegEnumKeyExW(key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) !=
-        ERROR_SUCCESS) {
-      break;
-    }
-    std::wstring child = name.substr(0, length);
-    const std::wstring childPath = path + L"\\" + Printable(child);
-    if (const UniqueRegistryKey opened = OpenChild(key, child)) {
+  for (DWORD index = 0; auto child = ChildName(key, index); ++index) {
+    const std::wstring childPath = path + L"\\" + Printable(*child);
+    if (const UniqueRegistryKey opened = OpenChild(key, *child, KEY_READ)) {
       DumpKey(opened.Get(), childPath, lines);
     } else {
       lines.push_back(childPath + L" (not readable)");
@@ -182,10 +197,9 @@ std::optional<std::wstring> ReadText(const std::wstring& path, const std::wstrin
 }
 
 void DeleteKey(const std::wstring& path) {
-  const Place place = Split(path);
-  Require(!place.key.empty(), L"not deleting a root", path);
-  const LSTATUS status = RegDeleteTreeW(place.root, place.key.c_str());
-  Require(status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND, L"cannot delete", path);
+  Require(!Split(path).key.empty(), L"not deleting a root", path);
+  const UniqueRegistryKey key = Open(path, KEY_ALL_ACCESS, REG_OPTION_OPEN_LINK);
+  if (key) DeleteWithChildren(key.Get());
 }
 
 void RegisterClass(const std::wstring& classId, std::wstring_view name, std::wstring_view module) {
@@ -196,7 +210,7 @@ void RegisterClass(const std::wstring& classId, std::wstring_view name, std::wst
 
 void MakeOddKey(const std::wstring& parent, std::wstring_view name) {
   std::wstring copy(name);
-  const UniqueRegistryKey created = OpenOddChild(Create(parent).Get(), copy, true);
+  const UniqueRegistryKey created = OpenChild(Create(parent).Get(), copy, KEY_ALL_ACCESS, true);
   Require(static_cast<bool>(created), L"cannot create an odd key", parent);
 }
 
@@ -244,7 +258,8 @@ void ImportSample() {
   const Bytes utf16 = ToUtf16Le(L'\xFEFF' + FromUtf8(std::as_bytes(std::span(text))));
   WriteFileBytes(L"C:\\sample.reg",
                  std::string_view(reinterpret_cast<const char*>(utf16.data()), utf16.size()));
-  Require(RunToEnd(L"C:\\windows\\regedit.exe /S C:\\sample.reg") == 0, L"cannot import", L"sample.reg");
+  Require(RunToEnd(L"C:\\windows\\regedit.exe /S C:\\sample.reg") == 0, L"cannot import",
+          L"sample.reg");
 }
 
 void WriteFileBytes(const std::wstring& path, std::string_view bytes) {

@@ -33,7 +33,7 @@ void DeleteKey(const std::wstring& path);  // with everything below it; a missin
 // none.
 void RegisterClass(const std::wstring& classId, std::wstring_view name, std::wstring_view module);
 
-// A child whose name may hold any character, NUL included; it is created empty.
+// A child whose name holds a NUL character somewhere; it is created empty.
 void MakeOddKey(const std::wstring& parent, std::wstring_view name);
 
 // A symbolic link at `path` to the existing key `target`.

@@ -37,4 +37,12 @@ else
   export DISPLAY=:$number
   wine build/mingw-x64/Tarvelin.exe &
   tools/screenshots.sh build/screenshots
+
+  # Once more in German, as a user's settings file would have it.
+  wineserver -k -w
+  settings=$(find "$prefix/drive_c/users" -path '*/AppData/Roaming' -not -path '*/Public/*')
+  mkdir -p "$settings/Corvane/Halvicore V4"
+  printf '[Main]\r\nLanguage=German\r\n' >"$settings/Corvane/Halvicore V4/Main.ini"
+  wine build/mingw-x64/Tarvelin.exe &
+  tools/screenshots.sh build/screenshots german
 fi

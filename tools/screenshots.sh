@@ -1,8 +1,11 @@
 #!/usr/bin/env bash
-# Clicks through the pages of the program that runs on DISPLAY, in a Wine desktop of its own, and
-# saves a picture of each: screenshots.sh FOLDER
+# Saves pictures of the program that runs on DISPLAY, in a Wine desktop of its own.
+#   screenshots.sh FOLDER         clicks through the pages and takes each, then the dialog that
+#                                 changes a setting, then the navigation bar with closed groups
+#   screenshots.sh FOLDER NAME    takes the window as it stands
 set -euo pipefail
 folder=$1
+only=${2-}
 mkdir -p "$folder"
 
 # Where to click for each page, counted from the corner of the window's client area.
@@ -52,19 +55,37 @@ take() {
 }
 
 place=$(wait_for_window)
+if [ -n "$only" ]; then
+  take "$only" "$place"
+  exit
+fi
 IFS='x+' read -r _ _ left top <<<"$place"
-while read -r name x y; do
-  [ -n "$name" ] || continue
-  xdotool mousemove $((left + frame_left + x)) $((top + frame_top + y)) click 1
+click() {
+  xdotool mousemove $((left + frame_left + $1)) $((top + frame_top + $2)) click "${@:3}" 1
   # Out of the way, so that nothing is shown as pointed at.
   xdotool mousemove 1279 1023
+}
+while read -r name x y; do
+  [ -n "$name" ] || continue
+  click "$x" "$y"
   take "$name" "$place"
 done <<<"$pages"
+click 300 120 --repeat 2 --delay 50
+sleep 1
+take change-setting "$place"
+xdotool key Escape
+sleep 1
+click 60 188
+sleep 0.5
+click 60 90
+take groups-closed "$place"
 
 # Two pages that look alike would mean that a click went nowhere.
 alike=$(while read -r name _; do
   [ -z "$name" ] || convert "$folder/$name.png" rgba:- | sha256sum
-done <<<"$pages" | sort | uniq -d)
+done <<<"$pages
+change-setting
+groups-closed" | sort | uniq -d)
 if [ -n "$alike" ]; then
   echo "screenshots: some pages look the same" >&2
   exit 1

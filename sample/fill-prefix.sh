@@ -35,8 +35,8 @@ fi
 mkdir -p "$send_to/Project folder"
 touch "$send_to"/{"Mail Recipient.MAPIMail","a.lnk.lnk","Fax & Co.lnk","50 % kleiner.lnk",README} \
   "$send_to"/{Überblick.lnk,ことのは手帳.txt,نخلة.lnk,"Hollowfern 🌲.zip","Compressed (zipped) Folder.ZFSendToTarget"}
-printf '[.ShellClassInfo]\r\n' >"$send_to/desktop.ini"  # Wine hides names that begin with a dot
-touch "$send_to/.hidden"
+printf '[.ShellClassInfo]\r\n' >"$send_to/desktop.ini"
+touch "$send_to/.hidden"  # to Wine, a name that begins with a dot is that of a hidden file
 
 registry=$(mktemp --suffix=.reg)
 trap 'rm -f "$registry"' EXIT

@@ -52,8 +52,8 @@ class CheckBoxPeer : public WindowPeer<ControlPeer> {
  public:
   CheckBoxPeer(TCheckBox& checkBox, PeerContext& context, FormWindow& form, HWND parent)
       : WindowPeer(checkBox, context, &form), checkBox_(checkBox) {
-    CreateSystem({WC_BUTTONW, WS_CHILD | WS_TABSTOP | BS_AUTOCHECKBOX, 0, parent,
-                  form.AddControl()});
+    CreateSystem(
+        {WC_BUTTONW, WS_CHILD | WS_TABSTOP | BS_AUTOCHECKBOX, 0, parent, form.AddControl()});
     Apply(Change::Checked);
   }
 
@@ -119,8 +119,8 @@ class StaticPeer : public WindowPeer<ControlPeer> {
  public:
   StaticPeer(TLabel& label, PeerContext& context, FormWindow& form, HWND parent)
       : WindowPeer(label, context, &form), label_(label) {
-    CreateSystem({WC_STATICW, WS_CHILD | SS_LEFTNOWORDWRAP | SS_NOPREFIX, 0, parent,
-                  form.AddControl()});
+    CreateSystem(
+        {WC_STATICW, WS_CHILD | SS_LEFTNOWORDWRAP | SS_NOPREFIX, 0, parent, form.AddControl()});
     SendMessageW(Handle(), WM_SETFONT, reinterpret_cast<WPARAM>(Font()), FALSE);
   }
 
@@ -147,8 +147,8 @@ class LabelGraphic : public ControlPeer, public Graphic {
 
   void Draw(HDC dc) override {
     const HFONT font = context_.fonts.Of(label_.Style());
-    DrawTextLine(dc, font, TextColor(label_.FontColor()), label_.Caption(),
-                 LabelArea(label_, font), DT_TOP);
+    DrawTextLine(dc, font, TextColor(label_.FontColor()), label_.Caption(), LabelArea(label_, font),
+                 DT_TOP);
   }
 
  private:

@@ -16,6 +16,12 @@ POINT Centred(SIZE size, HWND owner) {
           screen.top + (screen.bottom - screen.top - size.cy) / 2};
 }
 
+BOOL CALLBACK PassOn(HWND child, LPARAM parameter) {
+  const auto& message = *reinterpret_cast<const MSG*>(parameter);
+  SendMessageW(child, message.message, message.wParam, message.lParam);
+  return TRUE;
+}
+
 }  // namespace
 
 FormWindow::FormWindow(TForm& form, PeerContext& context, const FormFrame& frame)
@@ -117,21 +123,9 @@ LRESULT FormWindow::DefaultButtonId() const {
 
 // ---- Messages ----
 
-void FormWindow::SettingsChanged(UINT message, WPARAM wParam, LPARAM lParam) {
+void FormWindow::SettingsChanged(const MSG& message) {
   // The system tells top-level windows only, and common controls want to know as well.
-  struct Message {
-    UINT message;
-    WPARAM wParam;
-    LPARAM lParam;
-  } forwarded{message, wParam, lParam};
-  EnumChildWindows(
-      Handle(),
-      [](HWND child, LPARAM parameter) -> BOOL {
-        const auto& change = *reinterpret_cast<const Message*>(parameter);
-        SendMessageW(child, change.message, change.wParam, change.lParam);
-        return TRUE;
-      },
-      reinterpret_cast<LPARAM>(&forwarded));
+  EnumChildWindows(Handle(), PassOn, reinterpret_cast<LPARAM>(&message));
   RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
 }
 
@@ -164,7 +158,7 @@ LRESULT FormWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
     }
     case WM_SYSCOLORCHANGE:
     case WM_SETTINGCHANGE:
-      SettingsChanged(message, wParam, lParam);
+      SettingsChanged({Handle(), message, wParam, lParam, 0, {}});
       break;
     default:
       break;

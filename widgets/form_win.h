@@ -33,7 +33,7 @@ class FormWindow : public WindowPeer<FormPeer, ContainerWindow> {
   void RestoreFocus();
   void Hide();
   [[nodiscard]] LRESULT DefaultButtonId() const;
-  void SettingsChanged(UINT message, WPARAM wParam, LPARAM lParam);
+  void SettingsChanged(const MSG& message);
 
   TForm& form_;
   FormFrame frame_;

@@ -77,8 +77,8 @@ class ListPeer : public WindowPeer<ListViewPeer> {
   // Rows that the control shows; those added in an update are still missing.
   [[nodiscard]] int Shown() const { return static_cast<int>(Send(LVM_GETITEMCOUNT)); }
   [[nodiscard]] int NextItem(UINT flags) const {
-    return static_cast<int>(Send(LVM_GETNEXTITEM, static_cast<WPARAM>(-1),
-                                 static_cast<LPARAM>(flags)));
+    return static_cast<int>(
+        Send(LVM_GETNEXTITEM, static_cast<WPARAM>(-1), static_cast<LPARAM>(flags)));
   }
   void SetState(int index, UINT state, UINT mask);
   void ShowRow(int index);
@@ -101,8 +101,7 @@ ListPeer::ListPeer(TListView& list, PeerContext& context, FormWindow& form, HWND
                 WS_CHILD | WS_TABSTOP | LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS |
                     LVS_NOSORTHEADER | LVS_SHAREIMAGELISTS,
                 0, parent, form.AddControl()});
-  const DWORD style =
-      LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_INFOTIP | LVS_EX_LABELTIP;
+  const DWORD style = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_INFOTIP | LVS_EX_LABELTIP;
   Send(LVM_SETEXTENDEDLISTVIEWSTYLE, style, style);
   SetWindowTheme(Handle(), L"Explorer", nullptr);
   if (const auto images = ImagesOf(list.SmallImages())) {
@@ -154,9 +153,7 @@ void ListPeer::EndUpdate() {
   for (int index = shown; index < list_.Count(); ++index) ShowRow(index);
 }
 
-void ListPeer::ItemChanged(int index) {
-  Send(LVM_REDRAWITEMS, static_cast<WPARAM>(index), index);
-}
+void ListPeer::ItemChanged(int index) { Send(LVM_REDRAWITEMS, static_cast<WPARAM>(index), index); }
 
 void ListPeer::ItemDeleted(int index) {
   if (index >= Shown()) return;
@@ -208,8 +205,7 @@ void ListPeer::ColumnsChanged() {
 
 void ListPeer::CheckBoxesChanged() {
   const Mirroring mirroring(*this);
-  Send(LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_CHECKBOXES,
-       list_.CheckBoxes() ? LVS_EX_CHECKBOXES : 0);
+  Send(LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_CHECKBOXES, list_.CheckBoxes() ? LVS_EX_CHECKBOXES : 0);
   if (!list_.CheckBoxes()) return;
   for (int index = Shown() - 1; index >= 0; --index) CheckChanged(index);
 }

@@ -286,8 +286,7 @@ class GroupItemPeer : public WindowPeer<ControlPeer, NavigationButton> {
 
   void Apply(Change change) override {
     // The selected item is the one that Tab reaches, unless the focus is elsewhere in the bar.
-    if (change == Change::Color && item_.Selected() &&
-        !IsChild(bar_.Handle(), GetFocus())) {
+    if (change == Change::Color && item_.Selected() && !IsChild(bar_.Handle(), GetFocus())) {
       bar_.MoveTabStop(Handle());
     }
     NavigationButton::Apply(change);
@@ -336,8 +335,8 @@ std::unique_ptr<ControlPeer> MakeGroupPeer(TGroup& group, PeerContext& context, 
 
 std::unique_ptr<ControlPeer> MakeGroupItemPeer(TGroupItem& item, PeerContext& context,
                                                FormWindow& form, HWND parent) {
-  return std::make_unique<GroupItemPeer>(item, dynamic_cast<TGroup&>(*item.Parent()), context,
-                                         form, parent);
+  return std::make_unique<GroupItemPeer>(item, dynamic_cast<TGroup&>(*item.Parent()), context, form,
+                                         parent);
 }
 
 std::unique_ptr<ControlPeer> MakeHeaderPartPeer(const TGroup& group) {

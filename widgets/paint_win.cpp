@@ -58,9 +58,7 @@ COLORREF BackgroundColor(TColor color) {
   return HighContrast() ? GetSysColor(COLOR_WINDOW) : color;
 }
 
-COLORREF TextColor(TColor color) {
-  return HighContrast() ? GetSysColor(COLOR_WINDOWTEXT) : color;
-}
+COLORREF TextColor(TColor color) { return HighContrast() ? GetSysColor(COLOR_WINDOWTEXT) : color; }
 
 RECT ToRect(const TRect& bounds) {
   return {bounds.left, bounds.top, bounds.left + bounds.width, bounds.top + bounds.height};

@@ -4,12 +4,15 @@
 #include <windows.h>
 
 #include <functional>
+#include <unordered_map>
 
 #include "widgets/components.h"
 #include "widgets/message_loop_win.h"
 #include "widgets/paint_win.h"
 
 namespace tarvelin {
+
+class Window;
 
 // What all windows of the program share. It outlives them.
 struct PeerContext {
@@ -18,9 +21,10 @@ struct PeerContext {
   // Runs what a component does in answer to the user. It lets no exception out: none may unwind
   // through a window procedure.
   std::function<void(const std::function<void()>& command)> run;
-  Fonts fonts;
-  HICON icon = nullptr;       // of the program, 32 x 32
-  HICON smallIcon = nullptr;  // 16 x 16
+  HICON icon;       // of the program, 32 x 32
+  HICON smallIcon;  // 16 x 16
+  Fonts fonts{};
+  std::unordered_map<HWND, Window*> windows{};  // those that exist, by handle
 };
 
 // What the form's description does not hold of its window.

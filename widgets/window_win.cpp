@@ -2,8 +2,6 @@
 
 #include <windows.h>
 
-#include <commctrl.h>
-
 #include <new>
 
 #include "widgets/form_win.h"
@@ -11,10 +9,6 @@
 namespace tarvelin {
 
 namespace {
-
-constexpr UINT_PTR kSubclassId = 1;
-// A subclassed control bears its object as a property, for its parent to find.
-constexpr const wchar_t* kObjectProperty = L"Tarvelin.Window";
 
 // Painting answered by BeginPaint must end, whatever the painting did.
 class PaintGuard {
@@ -56,16 +50,14 @@ Window::Window(TControl& control, PeerContext& context, FormWindow* form)
     : control_(control), context_(context), form_(form) {}
 
 Window::~Window() {
-  if (handle_) Unlink();
+  if (!handle_) return;
+  if (former_) SetWindowLongPtrW(handle_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(former_));
+  Unlink();
 }
 
 void Window::Unlink() {
-  if (subclassed_) {
-    RemovePropW(handle_, kObjectProperty);
-    RemoveWindowSubclass(handle_, SubclassProcedure, kSubclassId);
-  } else {
-    SetWindowLongPtrW(handle_, GWLP_USERDATA, 0);
-  }
+  context_.windows.erase(handle_);
+  SetWindowLongPtrW(handle_, GWLP_USERDATA, 0);
   handle_ = nullptr;
 }
 
@@ -80,13 +72,14 @@ void Window::Create(const Creation& creation, void* parameter) {
       creation.parent, child ? reinterpret_cast<HMENU>(static_cast<INT_PTR>(creation.id)) : nullptr,
       context_.instance, parameter);
   if (!handle_) throw std::bad_alloc();
+  context_.windows[handle_] = this;
 }
 
 void Window::CreateOwn(const Creation& creation) {
   WNDCLASSEXW own{};
   own.cbSize = sizeof own;
   if (!GetClassInfoExW(context_.instance, creation.windowClass, &own)) {
-    own.lpfnWndProc = OwnProcedure;
+    own.lpfnWndProc = Procedure;
     own.hInstance = context_.instance;
     own.hIcon = context_.icon;
     own.hIconSm = context_.smallIcon;
@@ -99,27 +92,24 @@ void Window::CreateOwn(const Creation& creation) {
 
 void Window::CreateSystem(const Creation& creation) {
   Create(creation, nullptr);
-  subclassed_ = true;
-  SetWindowSubclass(handle_, SubclassProcedure, kSubclassId, reinterpret_cast<DWORD_PTR>(this));
-  SetPropW(handle_, kObjectProperty, this);
+  SetWindowLongPtrW(handle_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+  // Every message of a long list passes here, so this replaces the procedure itself:
+  // SetWindowSubclass would look up a property of the window each time.
+  former_ = reinterpret_cast<WNDPROC>(
+      SetWindowLongPtrW(handle_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Procedure)));
   SendMessageW(handle_, WM_SETFONT, reinterpret_cast<WPARAM>(context_.fonts.Plain()), FALSE);
 }
 
-LRESULT CALLBACK Window::OwnProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT CALLBACK Window::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_NCCREATE) {
-    auto* created = static_cast<Window*>(
-        reinterpret_cast<const CREATESTRUCTW*>(lParam)->lpCreateParams);
+    auto* created =
+        static_cast<Window*>(reinterpret_cast<const CREATESTRUCTW*>(lParam)->lpCreateParams);
     created->handle_ = window;
     SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(created));
   }
   auto* object = reinterpret_cast<Window*>(GetWindowLongPtrW(window, GWLP_USERDATA));
   return object ? object->Receive(message, wParam, lParam)
                 : DefWindowProcW(window, message, wParam, lParam);
-}
-
-LRESULT CALLBACK Window::SubclassProcedure(HWND, UINT message, WPARAM wParam, LPARAM lParam,
-                                           UINT_PTR, DWORD_PTR object) {
-  return reinterpret_cast<Window*>(object)->Receive(message, wParam, lParam);
 }
 
 LRESULT Window::Receive(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -129,14 +119,13 @@ LRESULT Window::Receive(UINT message, WPARAM wParam, LPARAM lParam) {
     return result;
   }
   if (const HWND child = Subject(message, lParam)) {
-    if (const auto result = Reflect(child, message, wParam, lParam)) return *result;
+    const auto window = context_.windows.find(child);
+    if (window != context_.windows.end()) {
+      const auto result = window->second->Reflected(message, wParam, lParam);
+      if (result) return *result;
+    }
   }
   return Process(message, wParam, lParam);
-}
-
-std::optional<LRESULT> Window::Reflect(HWND child, UINT message, WPARAM wParam, LPARAM lParam) {
-  auto* object = static_cast<Window*>(GetPropW(child, kObjectProperty));
-  return object ? object->Reflected(message, wParam, lParam) : std::nullopt;
 }
 
 LRESULT Window::Process(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -144,8 +133,8 @@ LRESULT Window::Process(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 LRESULT Window::Default(UINT message, WPARAM wParam, LPARAM lParam) {
-  return subclassed_ ? DefSubclassProc(handle_, message, wParam, lParam)
-                     : DefWindowProcW(handle_, message, wParam, lParam);
+  return former_ ? CallWindowProcW(former_, handle_, message, wParam, lParam)
+                 : DefWindowProcW(handle_, message, wParam, lParam);
 }
 
 std::optional<LRESULT> Window::Reflected(UINT, WPARAM, LPARAM) { return std::nullopt; }

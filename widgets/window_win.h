@@ -66,17 +66,14 @@ class Window {
   PeerContext& context_;
 
  private:
-  static LRESULT CALLBACK OwnProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-  static LRESULT CALLBACK SubclassProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
-                                            UINT_PTR id, DWORD_PTR object);
-  static std::optional<LRESULT> Reflect(HWND child, UINT message, WPARAM wParam, LPARAM lParam);
+  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
   LRESULT Receive(UINT message, WPARAM wParam, LPARAM lParam);
   void Create(const Creation& creation, void* parameter);
   void Unlink();
 
   FormWindow* form_;
   HWND handle_ = nullptr;
-  bool subclassed_ = false;
+  WNDPROC former_ = nullptr;  // of a system class
 };
 
 // A window that holds other controls. It paints its background and the controls that have no window

@@ -33,8 +33,7 @@ bool BringToForeground(HWND window) {
     SetForegroundWindow(window);
     // The time-out itself travels in the place of a pointer.
     SystemParametersInfoW(SPI_SETFOREGROUNDLOCKTIMEOUT, 0,
-                          reinterpret_cast<void*>(static_cast<UINT_PTR>(timeout)),
-                          SPIF_SENDCHANGE);
+                          reinterpret_cast<void*>(static_cast<UINT_PTR>(timeout)), SPIF_SENDCHANGE);
   }
   return GetForegroundWindow() == window;
 }
@@ -62,9 +61,8 @@ UniqueInstance::UniqueInstance(HINSTANCE instance, UINT message, UniqueKernelObj
   application.lpszClassName = kWindowClass;
   RegisterClassW(&application);
   // Broadcasts reach top-level windows only; this one is never shown.
-  applicationWindow_ =
-      CreateWindowExW(0, kWindowClass, L"Tarvelin", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
-                      instance, nullptr);
+  applicationWindow_ = CreateWindowExW(0, kWindowClass, L"Tarvelin", WS_POPUP, 0, 0, 0, 0, nullptr,
+                                       nullptr, instance, nullptr);
   if (!applicationWindow_) throw std::bad_alloc();
   SetWindowLongPtrW(applicationWindow_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
 }

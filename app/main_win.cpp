@@ -3,6 +3,8 @@
 // After windows.h, on which it depends.
 #include <commctrl.h>
 
+#include <cstdint>
+#include <exception>
 #include <string>
 
 #include "app/UniqueInstance_win.h"
@@ -15,85 +17,84 @@
 namespace tarvelin {
 namespace {
 
-constexpr int kProgramIcon = 1;  // in resources/tarvelin.rc
+constexpr const wchar_t* kTitle = L"Tarvelin";
+constexpr SIZE kMainMinimum{749, 507};
+constexpr SIZE kMainMaximum{749, 514};
 
 std::wstring ExecutablePath() {
   std::wstring path(MAX_PATH, L'\0');
   for (;;) {
-    const DWORD length =
-        GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    if (length < path.size()) {
-      path.resize(length);
-      return path;
-    }
-    path.resize(path.size() * 2);  // the path was cut
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    if (length < path.size()) return path.substr(0, length);
+    path.resize(path.size() * 2);
   }
 }
 
+// The program's icon in one of the system's sizes; Windows frees it with the program.
 HICON ProgramIcon(HINSTANCE instance, int widthMetric, int heightMetric) {
-  return static_cast<HICON>(LoadImageW(instance, MAKEINTRESOURCEW(kProgramIcon), IMAGE_ICON,
+  return static_cast<HICON>(LoadImageW(instance, MAKEINTRESOURCEW(1), IMAGE_ICON,
                                        GetSystemMetrics(widthMetric),
                                        GetSystemMetrics(heightMetric), LR_SHARED));
 }
 
-// True for a key that the dialog has dealt with.
-bool ShowMessageTo(TFormChange& dialog, TApplication& application, const MSG& message) {
-  const bool dialogKey = dialog.Visible() && message.message == WM_KEYDOWN &&
-                         (message.wParam == VK_RETURN || message.wParam == VK_ESCAPE);
-  application.Run([&] {
-    dialog.ApplicationEvents1Message(
-        {reinterpret_cast<std::uintptr_t>(message.hwnd), message.message, message.wParam});
-  });
-  return dialogKey;
+// Lets the dialog see every message, and says whether that was one of its keys.
+bool ShowToDialog(TApplication& application, TFormChange& change, const MSG& message) {
+  const bool key = change.Visible() && message.message == WM_KEYDOWN &&
+                   (message.wParam == VK_RETURN || message.wParam == VK_ESCAPE);
+  const TMessage seen{reinterpret_cast<std::uintptr_t>(message.hwnd), message.message,
+                      message.wParam};
+  application.Run([&] { change.ApplicationEvents1Message(seen); });
+  return key;
 }
 
-int RunProgram(HINSTANCE instance) {
-  HardenDllSearch();
-  const INITCOMMONCONTROLSEX controls{sizeof controls,
-                                      ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES};
+void RunProgram(HINSTANCE instance) {
+  const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES};
   InitCommonControlsEx(&controls);
 
-  const std::wstring executable = ExecutablePath();
-  const auto uniqueInstance = UniqueInstance::Claim(instance, executable);
-  if (!uniqueInstance) return 0;
+  const std::wstring path = ExecutablePath();
+  const auto unique = UniqueInstance::Claim(instance, path);
+  if (!unique) return;
 
   WindowsPlatform windows;
-  TPlatform& platform = windows.Get();
-  TApplication application(platform.boxes, L"Tarvelin");
-
-  const std::wstring folder = executable.substr(0, executable.rfind(L'\\') + 1);
-  TFormMain formMain(platform, application, folder);
-  TFormChange formChange(platform, formMain.lvHijack(), [&] { formMain.TranslateWindows(); });
-  formMain.SetFormChange(formChange);
-  application.AddForm(formMain);
-  application.AddForm(formChange);
-
   MessageLoop loop;
-  loop.hook = [&](const MSG& message) { return ShowMessageTo(formChange, application, message); };
   windows.SetMessagePump([&] { loop.ProcessWaiting(); });
-  PeerContext context{instance,
-                      loop,
-                      [&](const std::function<void()>& command) { application.Run(command); },
-                      {},
-                      ProgramIcon(instance, SM_CXICON, SM_CYICON),
-                      ProgramIcon(instance, SM_CXSMICON, SM_CYSMICON)};
-  AttachPeers(formMain, context, {nullptr, {749, 507}, {749, 514}});
-  AttachPeers(formChange, context, {WindowOf(formMain), {}, {}});
-  windows.SetMainWindow(WindowOf(formMain));
-  uniqueInstance->SetMainWindow(WindowOf(formMain));
+  TApplication application(windows.Get().boxes, kTitle);
+  PeerContext context{
+      instance, loop, [&](const std::function<void()>& command) { application.Run(command); },
+      ProgramIcon(instance, SM_CXICON, SM_CYICON), ProgramIcon(instance, SM_CXSMICON, SM_CYSMICON)};
 
-  formMain.Show();
+  TFormMain main(windows.Get(), application, path.substr(0, path.rfind(L'\\') + 1));
+  TFormChange change(windows.Get(), main.lvHijack(), [&] { main.TranslateWindows(); });
+  main.SetFormChange(change);
+  application.AddForm(main);
+  application.AddForm(change);
+  AttachPeers(main, context, {nullptr, kMainMinimum, kMainMaximum});
+  AttachPeers(change, context, {WindowOf(main)});
+  loop.hook = [&](const MSG& message) { return ShowToDialog(application, change, message); };
+  windows.SetMainWindow(WindowOf(main));
+  unique->SetMainWindow(WindowOf(main));
+
+  application.Run([&] { main.Show(); });
   loop.Run();
 
-  // The windows go while everything that they speak to is still there.
-  formChange.SetPeer(nullptr);
-  formMain.SetPeer(nullptr);
-  return 0;
+  // The windows go while everything that they show is still there.
+  unique->SetMainWindow(nullptr);
+  windows.SetMainWindow(nullptr);
+  change.SetPeer(nullptr);
+  main.SetPeer(nullptr);
 }
 
 }  // namespace
 }  // namespace tarvelin
 
-int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int) {
-  return tarvelin::RunProgram(instance);
+int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int) {
+  tarvelin::HardenDllSearch();
+  try {
+    tarvelin::RunProgram(instance);
+    return 0;
+  } catch (const std::exception&) {
+    MessageBoxW(nullptr, L"The program cannot be started: Windows is short of memory.",
+                tarvelin::kTitle, MB_ICONERROR);
+    return 1;
+  }
 }

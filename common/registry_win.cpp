@@ -116,9 +116,6 @@ std::unique_ptr<RegistryKey> Wrap(LSTATUS status, UniqueRegistryKey key) {
   return std::make_unique<WindowsKey>(std::move(key));
 }
 
-constexpr NTSTATUS kNotFound = static_cast<NTSTATUS>(0xC0000034);
-constexpr NTSTATUS kKeyDeleted = static_cast<NTSTATUS>(0xC000017C);
-
 // What cannot be opened to be written is not deleted either, even where Windows would let its owner
 // do so.
 constexpr REGSAM kRemovalAccess = KEY_ALL_ACCESS;
@@ -134,11 +131,12 @@ struct KernelCalls {
   DeleteKey deleteKey = FindExport<DeleteKey>(GetModuleHandleW(L"ntdll.dll"), "NtDeleteKey");
 };
 
-// Deletes an open key with everything below it; false when something of it stays. The handle names
-// the key itself even if that is a link, and the children of a link are not those of its target,
-// so nothing outside of the tree is ever reached.
+// Deletes an open key with everything below it; false when something of it stays, because the
+// kernel deletes no key that has children. The handle names the key itself even if that is a link,
+// and the children of a link are not those of its target, so nothing outside of the tree is ever
+// reached. A child that cannot be opened may be gone already, or stand in the other hive that
+// HKEY_CLASSES_ROOT shows.
 bool RemoveOpenKey(const KernelCalls& kernel, HKEY key) {
-  bool empty = true;
   for (std::wstring& name : SubkeyNamesOf(key)) {
     UNICODE_STRING text{};
     text.Buffer = name.data();
@@ -148,14 +146,11 @@ bool RemoveOpenKey(const KernelCalls& kernel, HKEY key) {
     InitializeObjectAttributes(&attributes, &text, OBJ_CASE_INSENSITIVE | OBJ_OPENLINK, key,
                                nullptr);
     HANDLE opened = nullptr;
-    const NTSTATUS status = kernel.openKey(&opened, kRemovalAccess, &attributes);
-    // Something else may have deleted it first; and what HKEY_CLASSES_ROOT lists may stand in the
-    // other hive.
-    if (status == kNotFound || status == kKeyDeleted) continue;
+    if (kernel.openKey(&opened, kRemovalAccess, &attributes) < 0) continue;
     const UniqueRegistryKey child(static_cast<HKEY>(opened));
-    empty = status >= 0 && RemoveOpenKey(kernel, child.Get()) && empty;
+    (void)RemoveOpenKey(kernel, child.Get());
   }
-  return empty && kernel.deleteKey(key) >= 0;
+  return kernel.deleteKey(key) >= 0;
 }
 
 }  // namespace

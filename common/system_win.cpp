@@ -151,6 +151,15 @@ bool IsAbsolute(const std::wstring& path) {
   return path.starts_with(L"\\\\") || (path.size() > 2 && path[1] == L':' && path[2] == L'\\');
 }
 
+// While it lives, a library that is loaded by its mere name is also looked for in that folder.
+class CompanionFolder {
+ public:
+  explicit CompanionFolder(const std::wstring& folder) { SetDllDirectoryW(folder.c_str()); }
+  CompanionFolder(const CompanionFolder&) = delete;
+  CompanionFolder& operator=(const CompanionFolder&) = delete;
+  ~CompanionFolder() { SetDllDirectoryW(L""); }
+};
+
 class WindowsModules : public ModuleRegistrar {
  public:
   explicit WindowsModules(Com& com) : com_(com) {}
@@ -161,7 +170,9 @@ class WindowsModules : public ModuleRegistrar {
     if (!IsAbsolute(path)) return;
     com_.Start();
     const QuietErrors quiet;
-    // Its own folder and the system's, but not the program's.
+    // Its own folder and the system's, but not the program's. The flag is for the libraries that it
+    // is linked to, the guard for those that it loads while it runs.
+    const CompanionFolder companions(path.substr(0, path.rfind(L'\\')));
     UniqueModule module(LoadLibraryExW(
         path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32));
     if (!module && GetLastError() == ERROR_INVALID_PARAMETER) {
@@ -369,7 +380,8 @@ void HardenDllSearch() {
   using SetDirectories = BOOL(WINAPI*)(DWORD);
   const auto setDirectories =
       FindExport<SetDirectories>(GetModuleHandleW(L"kernel32.dll"), "SetDefaultDllDirectories");
-  if (setDirectories) setDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
+  // The user's directory is one that the program itself names, and it starts without any.
+  if (setDirectories) setDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32 | LOAD_LIBRARY_SEARCH_USER_DIRS);
   SetDllDirectoryW(L"");
 }
 

@@ -1,0 +1,252 @@
+// Removing add-ons with the real buttons: what the user is told, and exactly what goes.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+
+#include "tests/win/driver_registry.h"
+
+namespace tarvelin::testing {
+namespace {
+
+using namespace std::literals;
+
+const std::wstring kClass = L"HKLM\\SOFTWARE\\Classes\\CLSID\\";
+const std::wstring kUnit = L"HKLM\\SOFTWARE\\Microsoft\\Code Store Database\\Distribution Units\\";
+const std::wstring kToolbar = L"HKLM\\SOFTWARE\\Microsoft\\Internet Explorer\\Toolbar";
+const std::wstring kExtensions = L"HKLM\\SOFTWARE\\Microsoft\\Internet Explorer\\Extensions";
+const std::wstring kBars = L"HKCU\\Software\\Microsoft\\Internet Explorer\\Explorer Bars";
+const std::wstring kMenuExt = L"HKCU\\Software\\Microsoft\\Internet Explorer\\MenuExt";
+const std::wstring kStats = L"HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Ext\\Stats";
+const std::wstring kTraces = L"HKCU\\Software\\Tarvelin Sample";
+const std::wstring kFolder = L"C:\\Addons";
+
+constexpr wchar_t kRemoved[] = L"Remove successfully!";
+constexpr wchar_t kUnable[] = L"Unable to delete file";
+
+// Everything that a removal could touch.
+Lines State() {
+  Lines lines = ListFiles(kFolder);
+  for (const std::wstring& branch :
+       {L"HKCU\\Software\\Microsoft"s, L"HKLM\\SOFTWARE\\Classes\\CLSID"s, kTraces,
+        L"HKLM\\SOFTWARE\\Microsoft\\Internet Explorer"s,
+        L"HKLM\\SOFTWARE\\Microsoft\\Code Store Database"s}) {
+    std::ranges::copy(DumpRegistry(branch), std::back_inserter(lines));
+  }
+  std::ranges::sort(lines);
+  return lines;
+}
+
+std::wstring Trace(const std::wstring& module, const std::wstring& text = L"done") {
+  return L"+ " + kTraces + L"\\Unregistered|" + module + L"=1:" + text;
+}
+
+class Removal : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    // With the classes of Windows itself a dump would take seconds.
+    for (const auto& key : {kClass, kUnit, kToolbar, kExtensions, kBars, kMenuExt, kStats}) {
+      DeleteKey(key);
+    }
+    RegisterClass(L"{other}", L"Other", L"C:\\Other\\other.dll");
+    MakeKey(kUnit + L"{other}");
+    MakeKey(kTraces + L"\\Loaded");
+    MakeKey(kTraces + L"\\Unregistered");
+    std::filesystem::create_directories(kFolder);
+  }
+  void TearDown() override {
+    DeleteKey(kTraces);
+    std::filesystem::remove_all(kFolder);
+  }
+
+  // A class whose module describes itself as nothing, so that rows bear the name of the class.
+  static std::wstring AddClass(const std::wstring& id, const std::wstring& name,
+                               const std::wstring& file, const wchar_t* sample = L"dunmorrel.dll") {
+    InstallModule(sample, kFolder + L"\\" + file);
+    RegisterClass(id, name, kFolder + L"\\" + file);
+    return kFolder + L"\\" + file;
+  }
+  static std::wstring AddHelper(const std::wstring& id, const std::wstring& name,
+                                const std::wstring& file) {
+    WriteInteger(kStats + L"\\" + id + L"\\iexplore", L"Type", 3);
+    return AddClass(id, name, file);
+  }
+
+  // Presses "Remove" for a row, confirms, and checks what is told and what has changed: all that
+  // begins like `gone` goes, keys, values ("key|name=") and files ("path "), and `added` comes.
+  static void Remove(Program& program, const std::wstring& name, const std::wstring& report,
+                     const Lines& gone, const Lines& added = {}, bool rowStays = false) {
+    SCOPED_TRACE(ToUtf8(name));
+    const Lines before = State();
+    Lines expected;
+    for (const auto& line : before) {
+      const auto leads = [&](const std::wstring& beginning) { return line.starts_with(beginning); };
+      if (std::ranges::any_of(gone, leads)) expected.push_back(L"- " + line);
+    }
+    EXPECT_GE(expected.size(), gone.size());
+    expected.insert(expected.end(), added.begin(), added.end());
+
+    const int rows = program.RowCount();
+    program.Select(program.RowOf(name));
+    program.Click(L"Remove");
+    const Box question = program.Answer(IDYES);
+    EXPECT_EQ(question.text, L"Are you sure to remove \"" + name + L"\"?");
+    EXPECT_EQ(question.caption, L"Warning");
+    EXPECT_EQ(question.buttons, (std::vector{IDYES, IDNO}));
+    EXPECT_TRUE(question.icon);
+    const Box box = program.Answer(IDOK);
+    const bool failed = report == kUnable;
+    EXPECT_EQ(failed ? box.caption : box.text, report);
+    EXPECT_TRUE(failed || box.caption == TextOf(program.Window()));
+    EXPECT_EQ(failed, box.icon);
+    EXPECT_EQ(box.buttons, std::vector{IDOK});
+    EXPECT_EQ(program.Modal(), nullptr);
+    EXPECT_EQ(program.RowCount(), rowStays ? rows : rows - 1);
+    EXPECT_EQ(Differences(before, State()), expected);
+  }
+};
+
+// Keeps a file open; others may read it.
+UniqueFile Hold(const std::wstring& path) {
+  return UniqueFile(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+TEST_F(Removal, UnregistersHelperObjects) {
+  AddHelper(L"{a1}", L"Plain", L"plain.dll");
+  const auto locked = AddHelper(L"{a2}", L"Locked", L"locked.dll");
+  const auto gone = AddHelper(L"{a3}", L"Gone", L"gone.dll");
+  AddHelper(L"{a4}", L"Braced", L"{x}\\braced.dll");
+  Program program;
+  ASSERT_EQ(program.Open(L"IE BHOs").size(), 4U);
+  EXPECT_FALSE(program.Enabled(L"Remove"));
+
+  const Lines before = State();
+  program.Select(program.RowOf(L"Plain"));
+  program.Click(L"Remove");
+  program.Answer(IDNO);
+  EXPECT_EQ(program.Modal(), nullptr);
+  EXPECT_EQ(program.RowCount(), 4);
+  EXPECT_EQ(Differences(before, State()), Lines{});
+
+  // The statistics stay: they only say that the object was loaded once.
+  Remove(program, L"Plain", kRemoved, {kClass + L"{a1}"}, {Trace(L"plain.dll")});
+  {
+    const UniqueFile holder = Hold(locked);
+    Remove(program, L"Locked", kUnable, {}, {}, true);
+  }
+  Remove(program, L"Locked", kRemoved, {kClass + L"{a2}"}, {Trace(L"locked.dll")});
+  std::filesystem::remove(gone);
+  Remove(program, L"Gone", kRemoved, {});
+  Remove(program, L"Braced", kRemoved, {}, {Trace(L"braced.dll")});
+  EXPECT_FALSE(program.Enabled(L"Remove"));
+}
+
+TEST_F(Removal, UnregistersControlsWhateverTheyAnswer) {
+  const struct {
+    std::wstring id, name, sample;
+    Lines added;
+  } controls[] = {{L"{b1}", L"Quimbrel Search Helper", L"quimbrel.dll", {Trace(L"quimbrel.dll")}},
+                  {L"{b2}", L"Tolvanek Viewer Control", L"refusing.dll", {Trace(L"refusing.dll")}},
+                  {L"{b3}", L"Unknown", L"silent.ocx", {}},
+                  {L"{b4}", L"Unknown", L"text.dll", {}}};
+  for (const auto& control : controls) {
+    AddClass(control.id, L"Class", control.sample, control.sample.c_str());
+    MakeKey(kUnit + control.id + L"\\Contains\\Files");
+  }
+  Program program;
+  ASSERT_EQ(program.Open(L"IE Downloaded ActiveX").size(), std::size(controls));
+  for (const auto& [id, name, sample, added] : controls) {
+    Remove(program, name, kRemoved, {kClass + id, kUnit + id}, added);
+  }
+}
+
+TEST_F(Removal, AModuleFindsItsOwnCompanionAndNoPlantedOne) {
+  AddHelper(L"{c1}", L"Loading", L"loading.dll");
+  AddHelper(L"{c2}", L"Importing", L"importing.dll");
+  for (const std::wstring name : {L"loading.dll", L"importing.dll", L"companion.dll"}) {
+    InstallModule(L"companion\\" + name, kFolder + L"\\" + name);
+  }
+  const std::wstring exe = CopyProgram(L"C:\\Copy");
+  InstallModule(L"planted\\companion.dll", L"C:\\Copy\\companion.dll");
+  InstallModule(L"planted\\companion.dll", L"C:\\Current\\companion.dll");
+  const std::wstring companion = kFolder + L"\\companion.dll";
+  Program program(exe, L"C:\\Current");
+  ASSERT_EQ(program.Open(L"IE BHOs").size(), 2U);
+
+  // Neither module has version information, so both rows are called "Unknown".
+  Remove(program, L"Unknown", kRemoved, {kClass + L"{c1}"},
+         {L"+ " + kTraces + L"\\Loaded|" + companion + L"=1:companion",
+          Trace(L"loading.dll", companion)});
+  Remove(program, L"Unknown", kRemoved, {kClass + L"{c2}"}, {Trace(L"importing.dll", companion)});
+}
+
+TEST_F(Removal, DeletesTheValueAndTheFileOfAToolbar) {
+  AddClass(L"{d1}", L"Plain", L"plain.dll");
+  const auto held = AddClass(L"{d2}", L"Held", L"held.dll");
+  std::filesystem::remove(AddClass(L"{d3}", L"Gone", L"gone.dll"));
+  AddClass(L"{d4}", L"Braced", L"{x}\\braced.dll");
+  AddClass(L"class", L"Braceless", L"braceless.dll");
+  for (const auto* name : {L"{d1}", L"{d2}", L"{d3}", L"{d4}", L"class"}) {
+    WriteValue(kToolbar, name, REG_BINARY, {});
+  }
+  WriteText(kToolbar, L"text", L"Text only");
+  Program program;
+  ASSERT_EQ(program.Open(L"IE Toolbars").size(), 6U);
+
+  Remove(program, L"Plain", kRemoved, {kFolder + L"\\plain.dll ", kToolbar + L"|{d1}="});
+  {
+    const UniqueFile holder = Hold(held);
+    Remove(program, L"Held", kUnable, {kToolbar + L"|{d2}="});
+  }
+  Remove(program, L"Gone", kRemoved, {kToolbar + L"|{d3}="});
+  for (const auto* name : {L"Braced", L"Braceless", L"Text only"}) {
+    Remove(program, name, kRemoved, {});
+  }
+}
+
+TEST_F(Removal, LeavesTheKeyOfAnExplorerBar) {
+  const auto path = AddClass(L"{e1}", L"Class bar", L"bar.dll");
+  const auto held = AddClass(L"{e2}", L"Held bar", L"held.dll");
+  for (const auto* bar : {L"{e1}", L"{e2}", L"Plain bar"}) MakeKey(kBars + L"\\" + bar);
+  Program program;
+  ASSERT_EQ(program.Open(L"IE Bars").size(), 3U);
+  Remove(program, L"Class bar", kRemoved, {path});
+  Remove(program, L"Plain bar", kRemoved, {});
+  const UniqueFile holder = Hold(held);
+  Remove(program, L"Held bar", kRemoved, {});  // only toolbars report it
+}
+
+TEST_F(Removal, DeletesTheKeysOfButtonsAndContextEntries) {
+  WriteText(kExtensions + L"\\{f1}", L"MenuText", L"100 %s && more");
+  MakeKey(kExtensions + L"\\{f1}\\Lang0409");
+  MakeKey(kExtensions + L"\\{f2}");
+  WriteText(kMenuExt + L"\\&Open %s", L"", L"res://open");
+  WriteText(kMenuExt + L"\\&Open", L"", L"res://other");
+  MakeOddKey(kMenuExt, L"\0hidden"sv);
+  MakeOddKey(kMenuExt, L"&Open\0 odd"sv);
+  MakeKey(kTraces + L"\\Target\\Sub");
+  MakeLink(kMenuExt + L"\\&Open %s\\Way", kTraces + L"\\Target");
+  Program program;
+  ASSERT_EQ(program.Open(L"IE Extra Button").size(), 2U);
+  Remove(program, L"100 %s && more", kRemoved, {kExtensions + L"\\{f1}"});
+
+  ASSERT_EQ(program.Open(L"IE Context Menus").size(), 4U);
+  Remove(program, L"&Open %s", L"Remove success!", {kMenuExt + L"\\&Open %s"});
+  // What lies behind a name with NUL can be listed, but not be opened or deleted by that name; the
+  // name before the NUL is another key's.
+  const Lines before = State();
+  for (int row = 2; row >= 0; --row) {
+    if (!program.Rows()[static_cast<std::size_t>(row)][1].empty()) continue;
+    program.Select(row);
+    program.Click(L"Remove");
+    program.Answer(IDYES);
+    EXPECT_EQ(program.Answer(IDOK).text, L"Remove success!");
+  }
+  EXPECT_EQ(program.RowCount(), 1);
+  EXPECT_EQ(Differences(before, State()), Lines{});
+}
+
+}  // namespace
+}  // namespace tarvelin::testing

@@ -14,7 +14,17 @@ bool OffersNewFile(const std::vector<std::wstring>& valueNames) {
   return valueNames.size() > 1 || (valueNames.size() == 1 && !valueNames[0].empty());
 }
 
-void AddFileTypes(TPlatform& platform, TListView& list, TImageList& images) {
+}  // namespace
+
+std::wstring GetTypeDescription(RegistryBackend& registry, std::wstring_view programId) {
+  TRegistry access(registry);
+  access.SetRootKey(RootKey::LocalMachine);
+  access.OpenKey(L"\\SOFTWARE\\Classes\\" + std::wstring(programId), false);
+  return access.ReadString(L"");
+}
+
+void ScanNewMenu(TPlatform& platform, TListView& list, TImageList& images) {
+  if (list.Count() > 0) return;
   const ListUpdate update(list);
   ExtensionIcons icons(platform, images);
   TRegistry registry(platform.registry);
@@ -45,23 +55,9 @@ void AddFileTypes(TPlatform& platform, TListView& list, TImageList& images) {
     auto record = std::make_unique<TNew>();
     record->KeyPath = std::move(keyPath);
     row.data = std::move(record);
+    row.checked = true;  // not seen: the page has no check boxes
     list.Add(std::move(row));
   }
-}
-
-}  // namespace
-
-std::wstring GetTypeDescription(RegistryBackend& registry, std::wstring_view programId) {
-  TRegistry access(registry);
-  access.SetRootKey(RootKey::LocalMachine);
-  access.OpenKey(L"\\SOFTWARE\\Classes\\" + std::wstring(programId), false);
-  return access.ReadString(L"");
-}
-
-void ScanNewMenu(TPlatform& platform, TListView& list, TImageList& images) {
-  if (list.Count() > 0) return;
-  AddFileTypes(platform, list, images);
-  for (int row = 0; row < list.Count(); ++row) list.SetChecked(row, true);
 }
 
 }  // namespace tarvelin

@@ -12,7 +12,6 @@ void ScanSendTo(TPlatform& platform, TListView& list, TImageList& images,
                 std::wstring_view sendToFolder) {
   if (list.Count() > 0) return;
   ScanFolderToList(platform, list, images, sendToFolder);
-  for (int row = 0; row < list.Count(); ++row) list.SetChecked(row, true);
 }
 
 int ScanFolderToList(TPlatform& platform, TListView& list, TImageList& images,
@@ -45,6 +44,7 @@ int ScanFolderToList(TPlatform& platform, TListView& list, TImageList& images,
     row.caption = ReplaceAll(name, ExtractFileExt(name), L"");
     row.imageIndex = rowImages.AddFileType(name);
     row.data = std::move(record);
+    row.checked = true;  // not seen: the page has no check boxes
     list.Add(std::move(row));
     ++added;
   }

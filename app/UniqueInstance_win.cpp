@@ -82,12 +82,13 @@ LRESULT CALLBACK UniqueInstance::Procedure(HWND window, UINT message, WPARAM wPa
 void UniqueInstance::Raise() {
   // Before the window is shown, and after it was closed, there is nothing to bring forward.
   if (!mainWindow_ || !IsWindowVisible(mainWindow_)) return;
+  // While a dialog or message box is open, the main window takes no input: that one has to. It is
+  // asked for first, because raising the main window makes that one the last active.
+  const HWND popup = GetLastActivePopup(mainWindow_);
   if (IsIconic(applicationWindow_)) OpenIcon(applicationWindow_);
   SetForegroundWindow(applicationWindow_);
   BringToForeground(mainWindow_);
-  // While a dialog or message box is open, the main window takes no input: that one has to.
-  const HWND popup = GetLastActivePopup(mainWindow_);
-  if (popup != mainWindow_ && IsWindowVisible(popup)) SetForegroundWindow(popup);
+  if (popup != mainWindow_) BringToForeground(popup);
 }
 
 }  // namespace tarvelin

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <type_traits>
+#include <vector>
 
 #include "widgets/controls_win.h"
 
@@ -70,10 +71,9 @@ class ListPeer : public WindowPeer<ListViewPeer> {
     return SendMessageW(Handle(), message, wParam, lParam);
   }
   template <typename Structure>
-    requires std::is_class_v<Structure>
-  LRESULT Send(UINT message, WPARAM wParam, Structure& structure) const {
-    return Send(message, wParam, reinterpret_cast<LPARAM>(&structure));
-  }
+  requires std::is_class_v<Structure> LRESULT Send(UINT message, WPARAM wParam,
+                                                   Structure& structure)
+  const { return Send(message, wParam, reinterpret_cast<LPARAM>(&structure)); }
   // Rows that the control shows; those added in an update are still missing.
   [[nodiscard]] int Shown() const { return static_cast<int>(Send(LVM_GETITEMCOUNT)); }
   [[nodiscard]] int NextItem(UINT flags) const {
@@ -88,6 +88,7 @@ class ListPeer : public WindowPeer<ListViewPeer> {
   void ColumnReported(const NMHEADERW& change);
 
   TListView& list_;
+  std::vector<TListColumn> shownColumns_;
   bool updating_ = false;
   int mirroring_ = 0;
   int processing_ = 0;
@@ -193,12 +194,17 @@ void ListPeer::SelectionChanged() {
 
 void ListPeer::ColumnsChanged() {
   const Mirroring mirroring(*this);
-  for (std::size_t index = 0; index < list_.Columns().size(); ++index) {
-    std::wstring caption = list_.Columns()[index].caption;
+  shownColumns_.resize(list_.Columns().size());
+  for (std::size_t index = 0; index < shownColumns_.size(); ++index) {
+    TListColumn& shown = shownColumns_[index];
+    const TListColumn& wanted = list_.Columns()[index];
+    // The header would flicker if it were given what it has.
+    if (shown.caption == wanted.caption && shown.width == wanted.width) continue;
+    shown = wanted;
     LVCOLUMNW column{};
     column.mask = LVCF_TEXT | LVCF_WIDTH;
-    column.pszText = caption.data();
-    column.cx = list_.Columns()[index].width;
+    column.pszText = shown.caption.data();
+    column.cx = shown.width;
     Send(LVM_SETCOLUMNW, index, column);
   }
 }
@@ -295,8 +301,9 @@ void ListPeer::ReportSelection(int index) {
 void ListPeer::ColumnReported(const NMHEADERW& change) {
   if (mirroring_ || !change.pitem || !(change.pitem->mask & HDI_WIDTH) || change.iItem < 0) return;
   const auto index = static_cast<std::size_t>(change.iItem);
-  if (index >= list_.Columns().size()) return;
+  if (index >= shownColumns_.size()) return;
   // The user drew the column to another width; fitting the last one counts with it.
+  shownColumns_[index].width = change.pitem->cxy;
   Run([&] { list_.SetColumnWidth(index, change.pitem->cxy); });
 }
 

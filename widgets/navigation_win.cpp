@@ -311,8 +311,7 @@ class GroupItemPeer : public WindowPeer<ControlPeer, NavigationButton> {
       ImageList_Draw(ImagesOf(images), image, dc, area.left + kIconLeft,
                      area.top + (area.bottom - area.top - kIconSide) / 2, ILD_TRANSPARENT);
     }
-    const HFONT font = Hot() ? context_.fonts.Underlined() : context_.fonts.Plain();
-    DrawTextLine(dc, font, color, item_.Caption(),
+    DrawTextLine(dc, context_.fonts.Plain(), color, item_.Caption(),
                  {area.left + kTextLeft, area.top, area.right - 2, area.bottom});
     if (FocusShown()) DrawFocus(dc, area);
   }

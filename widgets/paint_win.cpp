@@ -13,8 +13,8 @@ namespace {
 constexpr int kTextHeight = -11;
 constexpr int kTitleHeight = -16;
 
-UniqueFont MakeFont(int height, int weight, bool underlined = false) {
-  return UniqueFont(CreateFontW(height, 0, 0, 0, weight, FALSE, underlined, FALSE, DEFAULT_CHARSET,
+UniqueFont MakeFont(int height, int weight) {
+  return UniqueFont(CreateFontW(height, 0, 0, 0, weight, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
                                 OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY,
                                 DEFAULT_PITCH | FF_DONTCARE, L"Tahoma"));
 }
@@ -32,7 +32,6 @@ std::uint32_t PlainColors(std::uint32_t pixel) {
 
 Fonts::Fonts()
     : plain_(MakeFont(kTextHeight, FW_NORMAL)),
-      underlined_(MakeFont(kTextHeight, FW_NORMAL, true)),
       bold_(MakeFont(kTextHeight, FW_BOLD)),
       title_(MakeFont(kTitleHeight, FW_BOLD)) {}
 

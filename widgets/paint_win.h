@@ -16,11 +16,9 @@ class Fonts {
   Fonts();
   [[nodiscard]] HFONT Of(LabelStyle style) const;
   [[nodiscard]] HFONT Plain() const { return plain_.Get(); }
-  [[nodiscard]] HFONT Underlined() const { return underlined_.Get(); }
 
  private:
   UniqueFont plain_;
-  UniqueFont underlined_;
   UniqueFont bold_;
   UniqueFont title_;
 };

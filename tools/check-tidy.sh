@@ -17,7 +17,7 @@ sources=$(ninja -C "$build" -t deps | awk -v root="$PWD/" '
   /^[^ ]/ { if (line) print line; line = "" }
   /^ / && index($1, root) == 1 { line = line (line ? " " : "") substr($1, length(root) + 1) }
   END { if (line) print line }' |
-  grep -E '^(app|addons|shellmenu|settings|common|widgets|tests/support)/' | sort -u || true)
+  grep -E '^(app|addons|shellmenu|settings|common|widgets)/' | sort -u || true)
 [ -n "$sources" ] || { echo "check-tidy: $build is not built" >&2; exit 1; }
 
 stale=()

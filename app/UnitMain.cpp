@@ -6,6 +6,7 @@
 #include "common/Corvane_Routine_New.h"
 #include "common/registry_editor.h"
 #include "shellmenu/shellmenu.h"
+#include "widgets/list_update.h"
 
 namespace tarvelin {
 
@@ -398,7 +399,10 @@ void TFormMain::ItemClick(Page page) {
   if (!scanner_) return;  // the window was closed while a listing let messages through
   const PageControls& controls = Controls(page);
   RzGroupBar->SelectItem(*controls.item);
-  PageTable()[static_cast<std::size_t>(page)].scan(*this, *controls.list);
+  {
+    const ListUpdate update(*controls.list);
+    PageTable()[static_cast<std::size_t>(page)].scan(*this, *controls.list);
+  }
   PageNote1->SetActivePage(controls.page);
   FitLastColumn(*controls.list, platform_.display);
 }

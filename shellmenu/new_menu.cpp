@@ -3,8 +3,8 @@
 
 #include "common/registry.h"
 #include "shellmenu/extension_icon.h"
-#include "shellmenu/list_update.h"
 #include "shellmenu/shellmenu.h"
+#include "widgets/list_update.h"
 
 namespace tarvelin {
 namespace {

@@ -2,9 +2,9 @@
 #include <utility>
 
 #include "common/Corvane_Routine_New.h"
-#include "shellmenu/list_update.h"
 #include "shellmenu/row_images.h"
 #include "shellmenu/shellmenu.h"
+#include "widgets/list_update.h"
 
 namespace tarvelin {
 

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "common/registry.h"
-#include "shellmenu/list_update.h"
 #include "shellmenu/shellmenu.h"
 
 namespace tarvelin {
@@ -131,7 +130,6 @@ bool IsSystemShellEntry(std::wstring_view text) {
 
 void ScanShellExtensions(TPlatform& platform, const MessageLookup& messages, TListView& list) {
   if (list.Count() > 0) return;
-  const ListUpdate update(list);
   TRegistry registry(platform.registry);
   registry.SetRootKey(RootKey::ClassesRoot);
   for (const Category& category : kCategories) {

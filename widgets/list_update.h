@@ -1,4 +1,4 @@
-// The batch update of a list while a scan fills it.
+// A batch update of a list, as while a scan fills it.
 #pragma once
 
 #include "widgets/components.h"

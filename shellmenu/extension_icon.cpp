@@ -74,7 +74,7 @@ std::wstring GetProgramFilesDir(RegistryBackend& registry) {
   return access.ReadString(L"ProgramFilesDir");
 }
 
-int ExtensionIcons::Add(std::wstring_view extension, std::wstring_view programId) {
+int ExtensionIcons::GetExtensionIcon(std::wstring_view extension, std::wstring_view programId) {
   if (SameText(extension, L".exe")) return AddShellIcon(2);
 
   TRegistry registry(platform_.registry);

@@ -21,7 +21,7 @@ class ExtensionIcons {
   // `programId` is the default value of the extension's key as it stands there. Returns the image's
   // index, -1 when no icon could be extracted. Throws TError when an icon index in the registry is
   // no number.
-  int Add(std::wstring_view extension, std::wstring_view programId);
+  int GetExtensionIcon(std::wstring_view extension, std::wstring_view programId);
 
  private:
   int AddSpecified(const std::wstring& specification);

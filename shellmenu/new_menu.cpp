@@ -51,7 +51,7 @@ void ScanNewMenu(TPlatform& platform, TListView& list, TImageList& images) {
     TListItem row;
     row.caption = GetTypeDescription(platform.registry, programId);
     if (row.caption.empty()) continue;
-    row.imageIndex = icons.Add(extension, defaultValue);
+    row.imageIndex = icons.GetExtensionIcon(extension, defaultValue);
     auto record = std::make_unique<TNew>();
     record->KeyPath = std::move(keyPath);
     row.data = std::move(record);

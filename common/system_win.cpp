@@ -255,7 +255,10 @@ class WindowsBoxes : public MessageBoxes {
  public:
   int Show(const std::wstring& text, const std::wstring& caption, std::uint32_t flags) override {
     const HWND owner = mainWindow ? GetLastActivePopup(mainWindow) : GetActiveWindow();
-    return MessageBoxW(owner, text.c_str(), caption.c_str(), flags);
+    // The name of a registry key may hold NULs, and the question about it must not end there.
+    std::wstring whole = text;
+    std::replace(whole.begin(), whole.end(), L'\0', L' ');
+    return MessageBoxW(owner, whole.c_str(), caption.c_str(), flags);
   }
 
   HWND mainWindow = nullptr;

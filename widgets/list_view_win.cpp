@@ -264,13 +264,14 @@ void ListPeer::FillIn(LVITEMW& item) const {
         row && list_.SmallImages() ? list_.SmallImages()->StoredImage(row->imageIndex) : -1;
     item.iImage = image < 0 ? I_IMAGENONE : image;
   }
-  if (item.mask & LVIF_TEXT) {
-    const std::wstring* text = nullptr;
+  if ((item.mask & LVIF_TEXT) && item.pszText && item.cchTextMax > 0) {
+    std::wstring_view text;
     const auto subItem = static_cast<std::size_t>(item.iSubItem);
-    if (row && subItem == 0) text = &row->caption;
-    if (row && subItem > 0 && subItem <= row->subItems.size()) text = &row->subItems[subItem - 1];
-    // The control only reads it, and before the row can change.
-    item.pszText = const_cast<wchar_t*>(text ? text->c_str() : L"");
+    if (row && subItem == 0) text = row->caption;
+    if (row && subItem > 0 && subItem <= row->subItems.size()) text = row->subItems[subItem - 1];
+    // Copied, because the buffer may be one that another program reads.
+    const auto room = static_cast<std::size_t>(item.cchTextMax) - 1;
+    item.pszText[text.copy(item.pszText, room)] = L'\0';
   }
 }
 

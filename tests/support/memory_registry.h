@@ -14,6 +14,11 @@
 
 namespace tarvelin::testing {
 
+inline Bytes MakeBytes(std::string_view characters) {
+  const auto bytes = std::as_bytes(std::span(characters));
+  return {bytes.begin(), bytes.end()};
+}
+
 class MemoryRegistry : public RegistryBackend {
  public:
   struct Node;

@@ -22,7 +22,7 @@ class FakeFiles : public FileSystem {
   std::set<std::wstring, TextLess> locked;        // refuse the exclusive open
   std::set<std::wstring, TextLess> undeletable;
   std::map<std::wstring, std::vector<std::wstring>, TextLess> entries;  // by pattern
-  std::map<std::wstring, std::wstring, TextLess> environment;          // "%windir%" -> value
+  std::map<std::wstring, std::wstring, TextLess> environment;           // "%windir%" -> value
   std::map<std::wstring, std::wstring> profile;  // "path|section|key" -> text
   std::vector<std::wstring> removed;
   int existenceTests = 0;
@@ -69,7 +69,7 @@ class FakeShell : public Shell {
   // A version resource in US English with the Unicode code page.
   void AddVersion(const std::wstring& path, std::map<std::wstring, std::wstring> entries);
 
-  std::set<std::wstring> noIcons;         // "path,index" or "type:path" that give no icon
+  std::set<std::wstring> noIcons;          // "path,index" or "type:path" that give no icon
   std::vector<std::wstring> iconRequests;  // in the same form, in order
   int iconsAlive = 0;
   std::vector<std::wstring> properties;

@@ -82,11 +82,7 @@ class WindowsWorld {
     const std::wstring kernelPath =
         std::wstring(name.text, name.size / sizeof(wchar_t)) + target.substr(end);
 
-    const auto [root, below] = Split(path);
-    UniqueRegistryKey link;
-    EXPECT_EQ(0, RegCreateKeyExW(root, below.c_str(), 0, nullptr,
-                                 REG_OPTION_CREATE_LINK | REG_OPTION_VOLATILE,
-                                 KEY_ALL_ACCESS | KEY_CREATE_LINK, nullptr, link.Put(), nullptr));
+    const auto link = Make(path, REG_OPTION_CREATE_LINK | REG_OPTION_VOLATILE);
     EXPECT_EQ(0, RegSetValueExW(link.Get(), L"SymbolicLinkValue", 0, REG_LINK,
                                 reinterpret_cast<const BYTE*>(kernelPath.data()),
                                 static_cast<DWORD>(kernelPath.size() * sizeof(wchar_t))));
@@ -103,17 +99,11 @@ class WindowsWorld {
     EXPECT_EQ(0, RegOverridePredefKey(root, key.Get()));
   }
 
-  static std::pair<HKEY, std::wstring> Split(const std::wstring& path) {
-    const auto end = path.find(L'\\');
-    const bool machine = path.substr(0, end) == L"HKEY_LOCAL_MACHINE";
-    return {machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER, path.substr(end + 1)};
-  }
-
-  static UniqueRegistryKey Make(const std::wstring& path) {
-    const auto [root, below] = Split(path);
+  // Below HKEY_LOCAL_MACHINE, whose name the path begins with.
+  static UniqueRegistryKey Make(const std::wstring& path, DWORD options = 0) {
     UniqueRegistryKey key;
-    EXPECT_EQ(0, RegCreateKeyExW(root, below.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                 key.Put(), nullptr));
+    EXPECT_EQ(0, RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.substr(path.find(L'\\') + 1).c_str(), 0,
+                                 nullptr, options, KEY_ALL_ACCESS, nullptr, key.Put(), nullptr));
     return key;
   }
 

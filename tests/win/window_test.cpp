@@ -1,0 +1,176 @@
+// The window as a user at the keyboard, a screen reader and a second start meet it.
+#include <gtest/gtest.h>
+
+#include <oleacc.h>
+
+#include <filesystem>
+
+#include "tests/win/driver.h"
+#include "tests/win/driver_registry.h"
+
+namespace tarvelin::testing {
+namespace {
+
+const std::wstring kHandlers = L"HKCR\\*\\shellex\\ContextMenuHandlers";
+
+class WindowTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    for (const wchar_t* name : {L"First", L"Second", L"Third"}) {
+      WriteText(kHandlers + L"\\" + name, L"", L"{5A3D0101-7E1A-4F6B-9C42-1D0000000001}");
+    }
+  }
+
+  [[nodiscard]] std::wstring FocusedText() const {
+    const HWND focused = app_.Focused();
+    return focused ? TextOf(focused) : L"";
+  }
+  [[nodiscard]] std::wstring PressAndTell(WORD key) {
+    app_.Press(key);
+    return FocusedText();
+  }
+  // The row that has the focus inside the list.
+  [[nodiscard]] int FocusedRow() const {
+    return static_cast<int>(
+        SendMessageW(app_.List(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
+  }
+  [[nodiscard]] bool Shows(std::wstring_view caption) const {
+    for (HWND control : VisibleControls(app_.Window())) {
+      if (ClassOf(control) == L"Button" && TextOf(control) == caption) return true;
+    }
+    return false;
+  }
+
+  Program app_;
+};
+
+TEST_F(WindowTest, TheKeyboardReachesEverything) {
+  WaitUntil([this] { return FocusedText() == L"Shell Extensions"; }, L"the first focus");
+  const HWND firstPage = app_.List();
+  // Moving on the bar shows no other page; a key that chooses does.
+  EXPECT_EQ(PressAndTell(VK_DOWN), L"New");
+  EXPECT_EQ(PressAndTell(VK_END), L"IE Settings");
+  EXPECT_EQ(PressAndTell(VK_DOWN), L"IE Settings");
+  EXPECT_EQ(PressAndTell(VK_HOME), L"Context Menu");
+  EXPECT_EQ(PressAndTell(VK_UP), L"Context Menu");
+  EXPECT_EQ(app_.List(), firstPage);
+
+  EXPECT_EQ(PressAndTell(VK_RIGHT), L"Context Menu") << "an open group stays open";
+  EXPECT_TRUE(Shows(L"Send to"));
+  EXPECT_EQ(PressAndTell(VK_LEFT), L"Context Menu");
+  EXPECT_FALSE(Shows(L"Send to"));
+  EXPECT_EQ(PressAndTell(VK_DOWN), L"Tarvelin") << "closed items are passed by";
+  app_.Press(VK_DOWN);
+  EXPECT_EQ(PressAndTell(VK_LEFT), L"Tarvelin") << "the focus leaves the item that is hidden";
+  EXPECT_EQ(PressAndTell(VK_RETURN), L"Tarvelin");
+  app_.Press(VK_END);
+  app_.Act(app_.Focused(), WM_KEYDOWN, VK_RETURN);
+  EXPECT_NE(app_.List(), firstPage);
+
+  // The bar is one stop; the buttons of the page are disabled while nothing is selected.
+  app_.Press(VK_TAB);
+  EXPECT_EQ(app_.Focused(), app_.List());
+  EXPECT_EQ(PressAndTell(VK_TAB), L"Select All");
+  EXPECT_EQ(PressAndTell(VK_TAB), L"Close");
+  EXPECT_EQ(PressAndTell(VK_TAB), L"IE Settings");
+
+  PostMessageW(app_.Focused(), WM_KEYDOWN, VK_ESCAPE, 1);
+  EXPECT_EQ(app_.WaitForExit(), 0U);
+}
+
+TEST_F(WindowTest, ARemovalLeavesTheKeyboardInTheList) {
+  app_.Select(app_.RowOf(L"Second"));
+  const int row = app_.Selected();
+  app_.Click(L"Remove");
+  EXPECT_EQ(app_.Answer(IDNO).caption, L"Warning");
+  EXPECT_EQ(app_.Selected(), row);
+
+  // By the keyboard: the list, "Open in RegEdit", "Remove".
+  app_.Act(app_.List(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(500, 300));
+  app_.Act(app_.List(), WM_LBUTTONUP, 0, MAKELPARAM(500, 300));
+  EXPECT_EQ(app_.Selected(), -1) << "a click beside the rows";
+  EXPECT_FALSE(app_.Enabled(L"Remove"));
+  app_.Select(row);
+  app_.Press(VK_TAB);
+  EXPECT_EQ(PressAndTell(VK_TAB), L"Remove");
+  app_.Act(app_.Focused(), BM_CLICK);
+  app_.Answer(IDYES);
+  EXPECT_EQ(app_.Answer(IDOK).text, L"Remove successfully!");
+  EXPECT_FALSE(app_.Enabled(L"Remove"));
+  EXPECT_EQ(app_.Focused(), app_.List());
+  EXPECT_EQ(app_.Selected(), -1);
+  EXPECT_EQ(FocusedRow(), row);
+  EXPECT_EQ(app_.Rows().at(static_cast<std::size_t>(row)).at(0), L"Third");
+}
+
+TEST_F(WindowTest, TellsScreenReadersWhatItShows) {
+  for (const wchar_t* caption : {L"Context Menu", L"Shell Extensions", L"IE BHOs", L"Close"}) {
+    EXPECT_EQ(AccessibleOf(app_.Button(caption)).name, caption);
+  }
+  const HWND item = app_.Button(L"Shell Extensions");
+  WaitUntil([&] { return (AccessibleOf(item).state & STATE_SYSTEM_FOCUSED) != 0; }, L"a focus");
+  EXPECT_TRUE(AccessibleOf(app_.Button(L"Remove")).state & STATE_SYSTEM_UNAVAILABLE);
+  EXPECT_EQ(TextOf(app_.List()), L"Shell Extensions");
+  app_.Open(L"IE Settings");
+  EXPECT_EQ(TextOf(app_.List()), L"IE Settings");
+  app_.Select(0);
+  app_.Click(L"Modify Settings");
+  const HWND edit = FindControl(app_.Modal(), L"Edit", L"");
+  EXPECT_EQ(TextOf(GetWindow(edit, GW_HWNDPREV)), L"Change to:");
+}
+
+TEST_F(WindowTest, HasAFixedSizeAndOwnsItsDialog) {
+  RECT frame{}, client{};
+  GetWindowRect(app_.Window(), &frame);
+  GetClientRect(app_.Window(), &client);
+  EXPECT_EQ(frame.right - frame.left, 749);
+  EXPECT_EQ(client.right, 743);
+  EXPECT_EQ(client.bottom, 482);
+  SetWindowPos(app_.Window(), nullptr, 0, 0, 1000, 700, SWP_NOZORDER | SWP_NOMOVE);
+  GetWindowRect(app_.Window(), &frame);
+  EXPECT_EQ(frame.right - frame.left, 749);
+  EXPECT_LE(frame.bottom - frame.top, 514);
+
+  app_.Open(L"IE Settings");
+  app_.Select(0);
+  app_.Click(L"Modify Settings");
+  const HWND dialog = app_.Modal();
+  EXPECT_EQ(GetWindow(dialog, GW_OWNER), app_.Window());
+  GetClientRect(dialog, &client);
+  EXPECT_EQ(client.right, 413);
+  EXPECT_EQ(client.bottom, 96);
+  // A window that waits for its dialog cannot be closed over it.
+  SendMessageW(app_.Window(), WM_CLOSE, 0, 0);
+  EXPECT_TRUE(IsWindowVisible(dialog));
+  SendMessageW(dialog, WM_CLOSE, 0, 0);
+  EXPECT_EQ(app_.Modal(), nullptr);
+  EXPECT_EQ(GetForegroundWindow(), app_.Window());
+  EXPECT_EQ(app_.Close(), 0U);
+}
+
+TEST_F(WindowTest, ASecondStartRaisesTheFirst) {
+  const std::wstring exe = CopyProgram(L"C:\\Elsewhere");
+  const auto startAgain = [&] { EXPECT_EQ(RunToEnd(L"\"" + exe + L"\""), 0U); };
+  const auto inFront = [](HWND window) { return [=] { return GetForegroundWindow() == window; }; };
+
+  const std::filesystem::path renamed = L"C:\\Elsewhere\\Renamed.exe";
+  std::filesystem::copy_file(exe, renamed, std::filesystem::copy_options::overwrite_existing);
+  Program beside{renamed};
+  WaitUntil(inFront(beside.Window()), L"the renamed copy to come up");
+  ShowWindow(app_.Window(), SW_MINIMIZE);
+  WaitUntil([&] { return IsIconic(app_.Window()) != FALSE; }, L"the window to be minimised");
+  startAgain();
+  WaitUntil(inFront(app_.Window()), L"the window to come forward");
+  EXPECT_FALSE(IsIconic(app_.Window()));
+
+  app_.Open(L"IE Settings");
+  app_.Select(0);
+  app_.Click(L"Modify Settings");
+  SetForegroundWindow(beside.Window());
+  WaitUntil(inFront(beside.Window()), L"the renamed copy to come forward");
+  startAgain();
+  WaitUntil(inFront(app_.Modal()), L"the dialog to come forward");
+}
+
+}  // namespace
+}  // namespace tarvelin::testing

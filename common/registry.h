@@ -81,8 +81,9 @@ class RegistryBackend {
                                                             const std::wstring& path) = 0;
 
   // Deletes the key and everything below it, subkeys first. A registry link is deleted itself and
-  // never followed, so what it points to stays. True when the key is gone. An empty path deletes
-  // nothing and returns false.
+  // never followed, so what it points to stays. Below HKEY_CLASSES_ROOT both the user's and the
+  // machine's key go. True when the key is gone. An empty path deletes nothing and returns false;
+  // so does a key that may not be opened with full access.
   [[nodiscard]] virtual bool RemoveTree(RootKey root, const RegistryKey* base,
                                         const std::wstring& path) = 0;
 };

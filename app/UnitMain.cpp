@@ -37,7 +37,7 @@ TPicture IconOf(const TPicture& strip, std::size_t index) {
 
 }  // namespace
 
-struct TFormMain::ButtonSpec {
+struct TFormMain::ButtonDescription {
   std::wstring_view name;
   std::wstring_view caption;
   int left;
@@ -47,7 +47,7 @@ struct TFormMain::ButtonSpec {
 };
 
 // What makes one page differ from the others.
-struct TFormMain::PageSpec {
+struct TFormMain::PageDescription {
   std::wstring_view name;
   std::wstring_view listName;
   std::wstring_view itemCaption;
@@ -55,11 +55,11 @@ struct TFormMain::PageSpec {
   bool contextMenu;  // in the upper navigation group
   bool rowImages;
   std::vector<TListColumn> columns;
-  std::vector<ButtonSpec> buttons;
+  std::vector<ButtonDescription> buttons;
   void (*scan)(TFormMain& form, TListView& list);
 };
 
-std::span<const TFormMain::PageSpec> TFormMain::PageTable() {
+std::span<const TFormMain::PageDescription> TFormMain::PageTable() {
   const auto shellExtensions = [](TFormMain& form, TListView& list) {
     ScanShellExtensions(form.platform_, *form.language_, list);
   };
@@ -91,7 +91,7 @@ std::span<const TFormMain::PageSpec> TFormMain::PageTable() {
   using F = TFormMain;
   const std::vector<TListColumn> module{{L"Name", 150}, {L"Publisher", 120}, {L"File Path", 250}};
 
-  static const std::vector<PageSpec> table{
+  static const std::vector<PageDescription> table{
       // The headers of the first page stand over the other column's content; the entry's name comes
       // first so that it is what the user selects.
       {L"PageTab_Shell_Extention",
@@ -284,15 +284,15 @@ void TFormMain::CreatePages() {
   PageNote1 = &Create<TPageNote>(L"PageNote1", Panel_Right, TRect{0, 0, 565, 364});
   const auto table = PageTable();
   for (std::size_t index = 0; index < table.size(); ++index) {
-    const PageSpec& spec = table[index];
+    const PageDescription& description = table[index];
     const auto page = static_cast<Page>(index);
     PageControls& controls = pages_[index];
 
-    controls.page = &Create<TPageTab>(std::wstring(spec.name), PageNote1);
+    controls.page = &Create<TPageTab>(std::wstring(description.name), PageNote1);
     PageNote1->InsertPage(*controls.page);
-    controls.list = &Create<TListView>(std::wstring(spec.listName), controls.page,
-                                       TRect{0, 0, 566, 323}, spec.columns);
-    if (spec.rowImages) controls.list->SetSmallImages(imgListPublic);
+    controls.list = &Create<TListView>(std::wstring(description.listName), controls.page,
+                                       TRect{0, 0, 566, 323}, description.columns);
+    if (description.rowImages) controls.list->SetSmallImages(imgListPublic);
     controls.list->OnSelectItem = [this, page] { SelectItem(page); };
 
     if (page == Page::Settings) {
@@ -302,7 +302,7 @@ void TFormMain::CreatePages() {
       controls.list->OnItemChecked = [this] { lvHijackItemChecked(); };
       controls.list->OnDblClick = [this] { Button_ModifyClick(); };
     }
-    for (const ButtonSpec& button : spec.buttons) {
+    for (const ButtonDescription& button : description.buttons) {
       auto& created = Create<TButton>(std::wstring(button.name), controls.page,
                                       TRect{button.left, 330, button.width, 25}, button.caption);
       created.SetEnabled(false);

@@ -49,9 +49,9 @@ class TFormMain : public TForm {
   void TranslateWindows();
 
  private:
-  struct ButtonSpec;
-  struct PageSpec;
-  static std::span<const PageSpec> PageTable();
+  struct ButtonDescription;
+  struct PageDescription;
+  static std::span<const PageDescription> PageTable();
 
   struct PageControls {
     TGroupItem* item = nullptr;

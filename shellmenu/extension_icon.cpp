@@ -50,17 +50,17 @@ int RequireInteger(const std::wstring& text) {
   throw TError(L"M_Error_Number", L"\"%s\" is not a valid number.", text);
 }
 
-struct IconSpecification {
+struct IconLocation {
   std::wstring file;   // without its double quotes
   std::wstring index;  // "0" when there is none
 };
 
 // Takes "file,index" apart. A single character after the comma is not seen as an index.
-IconSpecification SplitIconSpecification(std::wstring_view specification) {
-  const auto comma = specification.find(L',');
-  IconSpecification result{ReplaceAll(specification.substr(0, comma), L"\"", L""), L"0"};
-  if (comma != std::wstring_view::npos && comma + 2 < specification.size()) {
-    result.index = specification.substr(comma + 1);
+IconLocation SplitIconLocation(std::wstring_view location) {
+  const auto comma = location.find(L',');
+  IconLocation result{ReplaceAll(location.substr(0, comma), L"\"", L""), L"0"};
+  if (comma != std::wstring_view::npos && comma + 2 < location.size()) {
+    result.index = location.substr(comma + 1);
   }
   return result;
 }
@@ -80,22 +80,22 @@ int ExtensionIcons::GetExtensionIcon(std::wstring_view extension, std::wstring_v
   TRegistry registry(platform_.registry);
   registry.SetRootKey(RootKey::ClassesRoot);
   if (!registry.OpenKey(std::wstring(programId) + L"\\DefaultIcon", false)) return AddShellIcon(0);
-  const std::wstring specification = registry.ReadString(L"");
+  const std::wstring location = registry.ReadString(L"");
   registry.CloseKey();
 
-  // Many types share one specification; its file is looked for once.
-  const auto known = specified_.find(specification);
-  if (known != specified_.end()) return images_.AddCopy(known->second);
-  return specified_[specification] = AddSpecified(specification);
+  // Many types share one location; its file is looked for once.
+  const auto known = located_.find(location);
+  if (known != located_.end()) return images_.AddCopy(known->second);
+  return located_[location] = AddLocated(location);
 }
 
-int ExtensionIcons::AddSpecified(const std::wstring& specification) {
+int ExtensionIcons::AddLocated(const std::wstring& location) {
   FileSystem& files = platform_.files;
   const auto orShellIcon = [&](int image) { return image >= 0 ? image : AddShellIcon(0); };
 
-  if (files.FileExists(specification)) return orShellIcon(rowImages_.AddFileType(specification));
+  if (files.FileExists(location)) return orShellIcon(rowImages_.AddFileType(location));
 
-  const auto [file, index] = SplitIconSpecification(specification);
+  const auto [file, index] = SplitIconLocation(location);
   if (files.FileExists(file)) {
     return orShellIcon(rowImages_.AddExtracted(file, ParseInteger(index).value_or(0)));
   }

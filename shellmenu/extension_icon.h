@@ -1,4 +1,4 @@
-// The icon of a file type, from the icon specification that its program identifier registers.
+// The icon of a file type, from the icon location that its program identifier registers.
 #pragma once
 
 #include <map>
@@ -24,13 +24,13 @@ class ExtensionIcons {
   int GetExtensionIcon(std::wstring_view extension, std::wstring_view programId);
 
  private:
-  int AddSpecified(const std::wstring& specification);
+  int AddLocated(const std::wstring& location);
   int AddShellIcon(int index);
 
   TPlatform& platform_;
   TImageList& images_;
   RowImages rowImages_;
-  std::map<std::wstring, int> specified_;  // the first image of each specification
+  std::map<std::wstring, int> located_;  // the first image of each location
 };
 
 }  // namespace tarvelin

@@ -22,31 +22,15 @@ TEST(RegistryEditorTest, TypesTheKeyIntoTheTreeAndTheValueIntoTheList) {
   EXPECT_EQ(editor.log, expected);
 }
 
-TEST(RegistryEditorTest, CollapsesTheTreeAndGoesToTheFirstValueForAnEmptyPath) {
-  FakeEditor editor;
-  EXPECT_TRUE(OpenRegEditAt(editor, L"", L""));
-  const Log tail(editor.log.end() - 7, editor.log.end());
-  EXPECT_EQ(tail, (Log{L"pause 100", L"foreground 2", L"focus 2", L"foreground 3", L"focus 3",
-                       L"pause 100", L"key 3 36"}));
-}
-
 TEST(RegistryEditorTest, StartsTheEditorWhenNoneRunsAndGivesUpWhenNoneComes) {
-  FakeEditor editor;
-  editor.running = false;
-  EXPECT_TRUE(OpenRegEditAt(editor, L"\\k", L""));
-  EXPECT_EQ(Log(editor.log.begin(), editor.log.begin() + 4),
-            (Log{L"find RegEdit_RegEdit", L"start", L"find RegEdit_RegEdit", L"maximize 1"}));
-
-  FakeEditor missing;
-  missing.running = missing.starts = false;
-  EXPECT_FALSE(OpenRegEditAt(missing, L"\\k", L""));
-  EXPECT_EQ(missing.log, (Log{L"find RegEdit_RegEdit", L"start", L"find RegEdit_RegEdit"}));
-}
-
-TEST(RegistryEditorTest, PutsABackslashOnlyWhereOneIsMissing) {
-  EXPECT_EQ(EnsureLeadingBackslash(L"a\\b"), L"\\a\\b");
-  EXPECT_EQ(EnsureLeadingBackslash(L"\\a"), L"\\a");
-  EXPECT_EQ(EnsureLeadingBackslash(L""), L"");
+  for (const bool starts : {true, false}) {
+    FakeEditor editor;
+    editor.running = false;
+    editor.starts = starts;
+    EXPECT_EQ(OpenRegEditAt(editor, L"", L""), starts);
+    EXPECT_EQ(editor.log.size(), starts ? 3 + 2 + 20 + 3 + 4 : 3) << "and nothing is typed";
+    EXPECT_EQ(editor.log[1], L"start");
+  }
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ if [ $# = 0 ]; then
   tools/build-deps.sh mingw-x64
   cmake --preset mingw-x64 >/dev/null
 fi
-cmake --build "$build" --target bench_win >/dev/null
+log=$(cmake --build "$build" --target bench_win) || { echo "$log"; exit 1; }
 
 mkdir -p "$build/wine"
 prefix=$(mktemp -d "$build/wine/bench.XXXXXX")

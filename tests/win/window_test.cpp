@@ -85,13 +85,12 @@ TEST_F(WindowTest, ARemovalLeavesTheKeyboardInTheList) {
   EXPECT_EQ(app_.Answer(IDNO).caption, L"Warning");
   EXPECT_EQ(app_.Selected(), row);
 
-  // By the keyboard: the list, "Open in RegEdit", "Remove".
   app_.Act(app_.List(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(500, 300));
   app_.Act(app_.List(), WM_LBUTTONUP, 0, MAKELPARAM(500, 300));
   EXPECT_EQ(app_.Selected(), -1) << "a click beside the rows";
   EXPECT_FALSE(app_.Enabled(L"Remove"));
   app_.Select(row);
-  app_.Press(VK_TAB);
+  app_.Press(VK_TAB);  // to "Open in RegEdit"
   EXPECT_EQ(PressAndTell(VK_TAB), L"Remove");
   app_.Act(app_.Focused(), BM_CLICK);
   app_.Answer(IDYES);

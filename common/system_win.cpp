@@ -281,7 +281,7 @@ class WindowsEditor : public EditorWindows {
     com_.Start();
     // By its full path, so that nothing else of that name is started.
     const auto process = Execute(files_.WindowsDirectory() + L"\\regedit.exe", L"open",
-                                 SEE_MASK_NOCLOSEPROCESS, SW_MAXIMIZE);
+                                 SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI, SW_MAXIMIZE);
     if (process && *process) WaitForInputIdle(process->Get(), INFINITE);
   }
 

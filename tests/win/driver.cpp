@@ -13,7 +13,8 @@ namespace tarvelin::testing {
 
 namespace {
 
-constexpr std::size_t kCellLength = 32768;
+constexpr DWORD kPatience = 40000;  // milliseconds
+constexpr int kCellLength = 32768;
 
 // Commands that have returned, by number. They are told about by messages to this thread.
 std::set<std::size_t> returned;
@@ -33,7 +34,19 @@ BOOL CALLBACK Collect(HWND window, LPARAM windows) {
   return TRUE;
 }
 
-UniqueKernelObject Start(std::wstring commandLine, const std::wstring& currentFolder) {
+// The visible window of a process that accepts input; null when there is none.
+HWND ActiveWindow(DWORD process) {
+  std::vector<HWND> windows;
+  EnumWindows(Collect, reinterpret_cast<LPARAM>(&windows));
+  const auto found = std::ranges::find_if(windows, [&](HWND window) {
+    DWORD owner = 0;
+    GetWindowThreadProcessId(window, &owner);
+    return owner == process && IsWindowVisible(window) && IsWindowEnabled(window);
+  });
+  return found == windows.end() ? nullptr : *found;
+}
+
+UniqueProcess Start(std::wstring commandLine, const std::wstring& currentFolder = L"") {
   STARTUPINFOW startup{};
   startup.cb = sizeof(startup);
   PROCESS_INFORMATION process{};
@@ -43,14 +56,17 @@ UniqueKernelObject Start(std::wstring commandLine, const std::wstring& currentFo
     throw DriverError(L"cannot start " + commandLine);
   }
   CloseHandle(process.hThread);
-  return UniqueKernelObject(process.hProcess);
+  return UniqueProcess(process.hProcess);
 }
 
-DWORD ExitCode(HANDLE process) {
-  const auto ended = [&] { return WaitForSingleObject(process, 0) == WAIT_OBJECT_0; };
-  WaitUntil(ended, L"a process to end");
+bool Running(const UniqueProcess& process) {
+  return WaitForSingleObject(process.Get(), 0) == WAIT_TIMEOUT;
+}
+
+DWORD ExitCode(const UniqueProcess& process) {
+  WaitUntil([&] { return !Running(process); }, L"a process to end");
   DWORD code = STILL_ACTIVE;
-  GetExitCodeProcess(process, &code);
+  GetExitCodeProcess(process.Get(), &code);
   return code;
 }
 
@@ -64,8 +80,8 @@ std::wstring TakeText(BSTR text) {
 
 DriverError::DriverError(std::wstring_view message) : std::runtime_error(ToUtf8(message)) {}
 
-void WaitUntil(const std::function<bool()>& condition, std::wstring_view what, DWORD milliseconds) {
-  const ULONGLONG end = GetTickCount64() + milliseconds;
+void WaitUntil(const std::function<bool()>& condition, std::wstring_view what) {
+  const ULONGLONG end = GetTickCount64() + kPatience;
   while (!condition()) {
     if (GetTickCount64() > end) throw DriverError(L"timed out waiting for " + std::wstring(what));
     MsgWaitForMultipleObjects(0, nullptr, FALSE, 5, QS_ALLINPUT);
@@ -81,27 +97,23 @@ std::wstring Environment(const wchar_t* name) {
   return value;
 }
 
-DWORD RunToEnd(const std::wstring& commandLine) { return ExitCode(Start(commandLine, L"").Get()); }
+DWORD RunToEnd(const std::wstring& commandLine) { return ExitCode(Start(commandLine)); }
 
 std::wstring CopyProgram(const std::wstring& folder) {
   const std::filesystem::path exe = Environment(L"TARVELIN_EXE");
   const std::filesystem::path target = folder;
   const auto replace = std::filesystem::copy_options::overwrite_existing;
-  std::filesystem::create_directories(target / L"Toolbox_Language");
-  std::filesystem::copy_file(exe, target / exe.filename(), replace);
-  for (const auto& file :
-       std::filesystem::directory_iterator(exe.parent_path() / L"Toolbox_Language")) {
-    std::filesystem::copy_file(file, target / L"Toolbox_Language" / file.path().filename(),
-                               replace);
-  }
+  std::filesystem::create_directories(target);
+  std::filesystem::copy(exe, target, replace);
+  std::filesystem::copy(exe.parent_path() / L"Toolbox_Language", target / L"Toolbox_Language",
+                        replace);
   return target / exe.filename();
 }
 
 std::wstring TextOf(HWND window) {
-  std::wstring text(static_cast<std::size_t>(Ask(window, WM_GETTEXTLENGTH, 0, 0)) + 1, L'\0');
-  const LRESULT length =
-      Ask(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
-  text.resize(static_cast<std::size_t>(length));
+  std::wstring text(static_cast<std::size_t>(Ask(window, WM_GETTEXTLENGTH)) + 1, L'\0');
+  text.resize(static_cast<std::size_t>(
+      Ask(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
   return text;
 }
 
@@ -123,16 +135,15 @@ Accessible AccessibleOf(HWND window) {
                                                          reinterpret_cast<void**>(&object)))) {
     throw DriverError(L"no accessible object for " + TextOf(window));
   }
-  VARIANT self{}, number{};
+  VARIANT self{}, role{}, state{};
   self.vt = VT_I4;
-  BSTR text = nullptr;
-  Accessible result;
-  if (object->get_accName(self, &text) == S_OK) result.name = TakeText(text);
-  if (object->get_accRole(self, &number) == S_OK) result.role = number.lVal;
-  if (object->get_accState(self, &number) == S_OK) result.state = number.lVal;
-  if (object->get_accDefaultAction(self, &text) == S_OK) result.action = TakeText(text);
+  BSTR name = nullptr, action = nullptr;
+  object->get_accName(self, &name);
+  object->get_accRole(self, &role);
+  object->get_accState(self, &state);
+  object->get_accDefaultAction(self, &action);
   object->Release();
-  return result;
+  return {TakeText(name), role.lVal, state.lVal, TakeText(action)};
 }
 
 std::vector<HWND> VisibleControls(HWND parent) {
@@ -153,56 +164,30 @@ HWND FindControl(HWND parent, std::wstring_view className, std::wstring_view tex
 
 // ---- The process ----
 
-Program::Program(const std::wstring& exe, const std::wstring& currentFolder) {
-  process_.handle = Start(L"\"" + exe + L"\"", currentFolder);
-  processId_ = GetProcessId(process_.handle.Get());
-  remote_ =
-      VirtualAllocEx(process_.handle.Get(), nullptr,
-                     sizeof(LVITEMW) + kCellLength * sizeof(wchar_t), MEM_COMMIT, PAGE_READWRITE);
-  AwaitWindow();
+void ProcessTraits::Close(HANDLE process) {
+  TerminateProcess(process, 99);
+  WaitForSingleObject(process, kPatience);
+  CloseHandle(process);
 }
 
-Program::Process::~Process() {
-  if (!handle) return;
-  TerminateProcess(handle.Get(), 99);
-  WaitForSingleObject(handle.Get(), kPatience);
+Program::Program(const std::wstring& exe, const std::wstring& currentFolder)
+    : process_(Start(L"\"" + exe + L"\"", currentFolder)),
+      remote_(VirtualAllocEx(process_.Get(), nullptr,
+                             sizeof(LVITEMW) + kCellLength * sizeof(wchar_t), MEM_COMMIT,
+                             PAGE_READWRITE)) {
+  const auto started = [this] {
+    window_ = ActiveWindow(ProcessId());
+    return window_ || !Running(process_);
+  };
+  WaitUntil(started, L"the program's window");
+  if (!window_) throw DriverError(L"ended with code " + std::to_wstring(WaitForExit()));
 }
 
-bool Program::Running() const {
-  return WaitForSingleObject(process_.handle.Get(), 0) == WAIT_TIMEOUT;
-}
-
-DWORD Program::WaitForExit() { return ExitCode(process_.handle.Get()); }
+DWORD Program::WaitForExit() { return ExitCode(process_); }
 
 DWORD Program::Close() {
   PostMessageW(window_, WM_CLOSE, 0, 0);
   return WaitForExit();
-}
-
-std::vector<HWND> Program::TopLevelWindows() const {
-  std::vector<HWND> windows;
-  EnumWindows(Collect, reinterpret_cast<LPARAM>(&windows));
-  std::erase_if(windows, [this](HWND window) {
-    DWORD owner = 0;
-    GetWindowThreadProcessId(window, &owner);
-    return owner != processId_ || !IsWindowVisible(window);
-  });
-  return windows;
-}
-
-void Program::AwaitWindow() {
-  const auto appeared = [this] {
-    if (!Running()) {
-      throw DriverError(L"the program ended with code " + std::to_wstring(WaitForExit()) +
-                        L" before its window appeared");
-    }
-    const auto windows = TopLevelWindows();
-    const auto main = std::find_if(windows.begin(), windows.end(),
-                                   [](HWND window) { return ClassOf(window) != L"#32770"; });
-    if (main != windows.end()) window_ = *main;
-    return !windows.empty();
-  };
-  WaitUntil(appeared, L"the program's window");
 }
 
 // ---- Commands ----
@@ -230,17 +215,16 @@ void Program::Act(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void Program::AwaitCommand(HWND former) {
+  const std::size_t sent = commands_.size();
   const auto settled = [&] {
-    if (!Running()) return true;
+    std::erase_if(commands_, [](std::size_t command) { return returned.contains(command); });
+    if (commands_.empty() || !Running(process_)) return true;
     // What the last command was sent to may be a dialog that stays open; then earlier commands wait
     // for it. Otherwise all of them return.
-    const bool lastReturned = commands_.empty() || returned.contains(commands_.back());
-    if (HWND modal = Modal()) return modal != former || lastReturned;
-    return std::all_of(commands_.begin(), commands_.end(),
-                       [](std::size_t command) { return returned.contains(command); });
+    HWND modal = Modal();
+    return modal && (modal != former || commands_.size() < sent);
   };
   WaitUntil(settled, L"a command to end or to ask");
-  std::erase_if(commands_, [](std::size_t command) { return returned.contains(command); });
 }
 
 HWND Program::Focused() const {
@@ -258,43 +242,29 @@ void Program::Press(WORD key) {
   static LPARAM mark = 1000;
   ++mark;
   PostMessageW(List(), LVM_SETHOVERTIME, 0, mark);
-  WaitUntil([&] { return !Running() || Ask(List(), LVM_GETHOVERTIME) == mark; }, L"a key");
+  WaitUntil([&] { return !Running(process_) || Ask(List(), LVM_GETHOVERTIME) == mark; }, L"a key");
 }
 
 HWND Program::Modal() const {
-  if (window_ && IsWindowEnabled(window_)) return nullptr;
-  for (HWND window : TopLevelWindows()) {
-    if (window != window_ && IsWindowEnabled(window)) return window;
-  }
-  return nullptr;
+  return IsWindowEnabled(window_) ? nullptr : ActiveWindow(ProcessId());
 }
 
-Box Program::OpenBox() const {
-  Box box;
-  box.window = Modal();
-  if (!box.window || ClassOf(box.window) != L"#32770") throw DriverError(L"no message box is open");
-  box.caption = TextOf(box.window);
-  box.text = TextOf(GetDlgItem(box.window, 0xFFFF));
+Box Program::Answer(int answer) {
+  HWND window = Modal();
+  if (!window || ClassOf(window) != L"#32770") throw DriverError(L"no message box is open");
+  Box box{TextOf(window), TextOf(GetDlgItem(window, 0xFFFF)), {}, false};
   for (int button : {IDOK, IDCANCEL, IDYES, IDNO}) {
-    HWND control = GetDlgItem(box.window, button);
+    HWND control = GetDlgItem(window, button);
     if (control && IsWindowVisible(control)) box.buttons.push_back(button);
   }
-  for (HWND control : VisibleControls(box.window)) {
-    const bool image = ClassOf(control) == L"Static" &&
-                       (GetWindowLongW(control, GWL_STYLE) & SS_TYPEMASK) == SS_ICON;
-    box.icon |= image && Ask(control, STM_GETICON) != 0;
+  for (HWND control : VisibleControls(window)) {
+    box.icon |= ClassOf(control) == L"Static" && Ask(control, STM_GETICON) != 0;
   }
-  return box;
-}
-
-Box Program::Answer(int button) {
-  Box box = OpenBox();
-  if (std::find(box.buttons.begin(), box.buttons.end(), button) == box.buttons.end()) {
-    throw DriverError(L"the box has no button " + std::to_wstring(button));
+  if (std::ranges::find(box.buttons, answer) == box.buttons.end()) {
+    throw DriverError(L"the box has no button " + std::to_wstring(answer));
   }
-  PostMessageW(box.window, WM_COMMAND, static_cast<WPARAM>(button), 0);
-  WaitUntil([&] { return !IsWindow(box.window); }, L"the box to close");
-  if (!window_) AwaitWindow();
+  PostMessageW(window, WM_COMMAND, static_cast<WPARAM>(answer), 0);
+  WaitUntil([&] { return !IsWindow(window); }, L"the box to close");
   AwaitCommand(nullptr);
   return box;
 }
@@ -305,44 +275,38 @@ HWND Program::List() const { return FindControl(window_, WC_LISTVIEWW, L""); }
 
 int Program::RowCount() const { return static_cast<int>(Ask(List(), LVM_GETITEMCOUNT)); }
 
-// Sends a message about an item, which lies in the program's memory while it is sent.
 template <class Item>
-LRESULT Program::AskWithItem(HWND list, UINT message, WPARAM wParam, Item& item) const {
+LRESULT Program::AskWithItem(HWND list, UINT message, int row, Item& item) const {
   SIZE_T done = 0;
-  if (!WriteProcessMemory(process_.handle.Get(), remote_, &item, sizeof(item), &done)) {
+  if (!WriteProcessMemory(process_.Get(), remote_, &item, sizeof(item), &done)) {
     throw DriverError(L"cannot write the program's memory");
   }
-  const LRESULT result = Ask(list, message, wParam, reinterpret_cast<LPARAM>(remote_));
-  ReadProcessMemory(process_.handle.Get(), remote_, &item, sizeof(item), &done);
+  const LRESULT result =
+      Ask(list, message, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(remote_));
+  ReadProcessMemory(process_.Get(), remote_, &item, sizeof(item), &done);
   return result;
 }
 
 std::wstring Program::CellText(HWND list, int row, int column) const {
-  auto* text = reinterpret_cast<wchar_t*>(static_cast<char*>(remote_) + sizeof(LVITEMW));
   LVITEMW item{};
   item.iSubItem = column;
-  item.pszText = text;
-  item.cchTextMax = static_cast<int>(kCellLength);
-  const auto length =
-      static_cast<std::size_t>(AskWithItem(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), item));
-  std::wstring copy(length, L'\0');
+  item.pszText = reinterpret_cast<wchar_t*>(static_cast<LVITEMW*>(remote_) + 1);
+  item.cchTextMax = kCellLength;
+  std::wstring text(static_cast<std::size_t>(AskWithItem(list, LVM_GETITEMTEXTW, row, item)),
+                    L'\0');
   SIZE_T done = 0;
-  if (length > 0) {
-    ReadProcessMemory(process_.handle.Get(), item.pszText, copy.data(), length * sizeof(wchar_t),
-                      &done);
-  }
-  return copy;
+  ReadProcessMemory(process_.Get(), item.pszText, text.data(), text.size() * sizeof(wchar_t),
+                    &done);
+  return text;
 }
 
 Program::Texts Program::Rows() const {
   HWND list = List();
-  const auto header = reinterpret_cast<HWND>(Ask(list, LVM_GETHEADER));
-  const auto columns = static_cast<int>(Ask(header, HDM_GETITEMCOUNT));
+  const auto columns = Ask(reinterpret_cast<HWND>(Ask(list, LVM_GETHEADER)), HDM_GETITEMCOUNT);
   Texts rows(static_cast<std::size_t>(RowCount()));
-  for (int row = 0; row < static_cast<int>(rows.size()); ++row) {
-    for (int column = 0; column < columns; ++column) {
-      rows[static_cast<std::size_t>(row)].push_back(CellText(list, row, column));
-    }
+  for (int row = 0; auto& cells : rows) {
+    for (int column = 0; column < columns; ++column) cells.push_back(CellText(list, row, column));
+    ++row;
   }
   return rows;
 }
@@ -354,15 +318,16 @@ std::vector<int> Program::Images() const {
     LVITEMW item{};
     item.mask = LVIF_IMAGE;
     item.iItem = row;
-    AskWithItem(list, LVM_GETITEMW, 0, item);
+    AskWithItem(list, LVM_GETITEMW, row, item);
     images.push_back(item.iImage);
   }
   return images;
 }
 
 int Program::RowOf(std::wstring_view text) const {
-  for (int row = 0; row < RowCount(); ++row) {
-    if (CellText(List(), row, 0) == text) return row;
+  HWND list = List();
+  for (int row = 0, count = RowCount(); row < count; ++row) {
+    if (CellText(list, row, 0) == text) return row;
   }
   throw DriverError(L"no row \"" + std::wstring(text) + L"\"");
 }
@@ -375,7 +340,7 @@ void Program::SetRowState(int row, UINT state, UINT mask) {
   LVITEMW item{};
   item.state = state;
   item.stateMask = mask;
-  AskWithItem(List(), LVM_SETITEMSTATE, static_cast<WPARAM>(row), item);
+  AskWithItem(List(), LVM_SETITEMSTATE, row, item);
 }
 
 void Program::Select(int row) {
@@ -394,14 +359,15 @@ void Program::Check(int row, bool checked) {
 }
 
 void Program::DoubleClick(int row) {
+  HWND list = List();
   RECT place{};
-  GetClientRect(List(), &place);
+  GetClientRect(list, &place);
   place.top = place.bottom - 4;
   if (row >= 0) {
     place.left = LVIR_LABEL;
-    AskWithItem(List(), LVM_GETITEMRECT, static_cast<WPARAM>(row), place);
+    AskWithItem(list, LVM_GETITEMRECT, row, place);
   }
-  Act(List(), WM_LBUTTONDBLCLK, MK_LBUTTON, MAKELPARAM(place.left + 2, place.top + 2));
+  Act(list, WM_LBUTTONDBLCLK, MK_LBUTTON, MAKELPARAM(place.left + 2, place.top + 2));
 }
 
 Program::Texts Program::Open(std::wstring_view item) {

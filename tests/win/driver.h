@@ -20,11 +20,8 @@ class DriverError : public std::runtime_error {
   explicit DriverError(std::wstring_view message);
 };
 
-inline constexpr DWORD kPatience = 40000;  // milliseconds
-
 // Polls until `condition` holds; `what` completes "timed out waiting for ...".
-void WaitUntil(const std::function<bool()>& condition, std::wstring_view what,
-               DWORD milliseconds = kPatience);
+void WaitUntil(const std::function<bool()>& condition, std::wstring_view what);
 
 // A variable that the runner sets, such as TARVELIN_EXE.
 [[nodiscard]] std::wstring Environment(const wchar_t* name);
@@ -55,30 +52,30 @@ struct Accessible {
 // The one among them of that class with that text; an empty text means any.
 [[nodiscard]] HWND FindControl(HWND parent, std::wstring_view className, std::wstring_view text);
 
-// A message box that is open.
+// A message box.
 struct Box {
-  HWND window = nullptr;
   std::wstring caption;
   std::wstring text;
   std::vector<int> buttons;  // IDOK, IDYES, IDNO
   bool icon = false;
 };
 
+// A process ends with the handle to it.
+struct ProcessTraits : NullHandleTraits<HANDLE> {
+  static void Close(HANDLE process);
+};
+using UniqueProcess = UniqueHandle<ProcessTraits>;
+
 // The running program. A command returns once it has been carried out or has opened a modal window:
 // when no box is open afterwards, none will come.
 class Program {
  public:
-  // Starts it, TARVELIN_EXE by default, and waits until its window shows the first page, or until a
-  // message box comes before the window; answer that one first.
+  // Starts it, TARVELIN_EXE by default, and waits until its window shows the first page.
   Program() : Program(Environment(L"TARVELIN_EXE")) {}
   explicit Program(const std::wstring& exe, const std::wstring& currentFolder = L"");
-  Program(const Program&) = delete;
-  Program& operator=(const Program&) = delete;
-  ~Program() = default;  // ends the process if it still runs
 
   [[nodiscard]] HWND Window() const { return window_; }
-  [[nodiscard]] DWORD ProcessId() const { return processId_; }
-  [[nodiscard]] bool Running() const;
+  [[nodiscard]] DWORD ProcessId() const { return GetProcessId(process_.Get()); }
   DWORD WaitForExit();  // returns the exit code
   DWORD Close();        // closes the main window like the user and waits; returns the exit code
 
@@ -111,25 +108,17 @@ class Program {
 
   // The modal window that is open, null when there is none.
   [[nodiscard]] HWND Modal() const;
-  [[nodiscard]] Box OpenBox() const;  // the message box that is open; an error when there is none
-  Box Answer(int button);             // the same, answered; the command goes on as far as it can
+  // Answers the message box that is open; the command goes on as far as it can.
+  Box Answer(int button);
 
  private:
-  [[nodiscard]] std::vector<HWND> TopLevelWindows() const;
   template <class Item>
-  LRESULT AskWithItem(HWND list, UINT message, WPARAM wParam, Item& item) const;
+  LRESULT AskWithItem(HWND list, UINT message, int row, Item& item) const;
   [[nodiscard]] std::wstring CellText(HWND list, int row, int column) const;
   void SetRowState(int row, UINT state, UINT mask);
-  void AwaitWindow();
   void AwaitCommand(HWND former);
 
-  // Ends the process, also when the constructor fails.
-  struct Process {
-    UniqueKernelObject handle;
-    ~Process();
-  };
-  Process process_;
-  DWORD processId_ = 0;
+  UniqueProcess process_;
   void* remote_ = nullptr;  // in the program's memory
   HWND window_ = nullptr;
   std::vector<std::size_t> commands_;  // that have not returned

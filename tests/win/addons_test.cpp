@@ -226,8 +226,7 @@ TEST_F(Removal, DeletesTheKeysOfButtonsAndContextEntries) {
   WriteText(kMenuExt + L"\\&Open", L"", L"res://other");
   MakeOddKey(kMenuExt, L"\0hidden"sv);
   MakeOddKey(kMenuExt, L"&Open\0 odd"sv);
-  MakeKey(kTraces + L"\\Target\\Sub");
-  MakeLink(kMenuExt + L"\\&Open %s\\Way", kTraces + L"\\Target");
+  MakeLink(kExtensions + L"\\{f1}\\Way", kClass + L"{other}");
   Program program;
   ASSERT_EQ(program.Open(L"IE Extra Button").size(), 2U);
   Remove(program, L"100 %s && more", kRemoved, {kExtensions + L"\\{f1}"});

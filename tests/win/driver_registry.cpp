@@ -5,7 +5,6 @@
 #include <winternl.h>
 
 #include <algorithm>
-#include <cwchar>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -14,14 +13,11 @@ namespace tarvelin::testing {
 
 namespace {
 
-constexpr int kKeyName = 3;  // KeyNameInformation
-
 // Those of ntdll's functions that winternl.h leaves out.
 extern "C" NTSTATUS NTAPI NtCreateKey(HANDLE* key, ACCESS_MASK access, OBJECT_ATTRIBUTES* name,
                                       ULONG, UNICODE_STRING*, ULONG options, ULONG*);
 extern "C" NTSTATUS NTAPI NtOpenKey(HANDLE* key, ACCESS_MASK access, OBJECT_ATTRIBUTES* name);
 extern "C" NTSTATUS NTAPI NtDeleteKey(HANDLE key);
-extern "C" NTSTATUS NTAPI NtQueryKey(HANDLE key, int what, void* result, ULONG size, ULONG* needed);
 
 void Require(bool good, std::wstring_view what, const std::wstring& path) {
   if (!good) throw DriverError(std::wstring(what) + L": " + path);
@@ -34,15 +30,15 @@ struct Place {
 
 Place Split(const std::wstring& path) {
   const std::pair<std::wstring_view, HKEY> roots[] = {
-      {L"HKCR", HKEY_CLASSES_ROOT},  {L"HKEY_CLASSES_ROOT", HKEY_CLASSES_ROOT},
-      {L"HKCU", HKEY_CURRENT_USER},  {L"HKEY_CURRENT_USER", HKEY_CURRENT_USER},
-      {L"HKLM", HKEY_LOCAL_MACHINE}, {L"HKEY_LOCAL_MACHINE", HKEY_LOCAL_MACHINE},
-      {L"HKU", HKEY_USERS},          {L"HKEY_USERS", HKEY_USERS}};
-  const auto end = std::min(path.find(L'\\'), path.size());
+      {L"HKCR\\", HKEY_CLASSES_ROOT},
+      {L"HKCU\\", HKEY_CURRENT_USER},
+      {L"HKEY_CURRENT_USER\\", HKEY_CURRENT_USER},
+      {L"HKLM\\", HKEY_LOCAL_MACHINE},
+      {L"HKEY_LOCAL_MACHINE\\", HKEY_LOCAL_MACHINE}};
   for (const auto& [name, root] : roots) {
-    if (path.substr(0, end) == name) return {root, path.substr(std::min(end + 1, path.size()))};
+    if (path.starts_with(name)) return {root, path.substr(name.size())};
   }
-  throw DriverError(L"no such root: " + path);
+  throw DriverError(L"no key below a root: " + path);
 }
 
 UniqueRegistryKey Open(const std::wstring& path, REGSAM access, DWORD options = 0) {
@@ -64,23 +60,16 @@ UniqueRegistryKey Create(const std::wstring& path, DWORD options = 0) {
 
 // A child whose name may hold NUL characters, a link itself and not what it points to; created when
 // asked for. Null when that is refused.
-UniqueRegistryKey OpenChild(HKEY parent, std::wstring& name, REGSAM access, bool create = false) {
-  UniqueRegistryKey key;
-  if (name.find(L'\0') == std::wstring::npos) {
-    RegOpenKeyExW(parent, name.c_str(), REG_OPTION_OPEN_LINK, access, key.Put());
-    return key;
-  }
+UniqueRegistryKey OpenChild(HKEY parent, std::wstring name, REGSAM access, bool create = false) {
   const auto bytes = static_cast<USHORT>(name.size() * sizeof(wchar_t));
   UNICODE_STRING text{bytes, bytes, name.data()};
   OBJECT_ATTRIBUTES attributes{};
-  attributes.Length = sizeof(attributes);
-  attributes.RootDirectory = parent;
-  attributes.ObjectName = &text;
-  HANDLE handle = nullptr;
-  const NTSTATUS status = create ? NtCreateKey(&handle, access, &attributes, 0, nullptr, 0, nullptr)
-                                 : NtOpenKey(&handle, access, &attributes);
-  if (status >= 0) key.Reset(static_cast<HKEY>(handle));
-  return key;
+  InitializeObjectAttributes(&attributes, &text, OBJ_CASE_INSENSITIVE | OBJ_OPENLINK, parent,
+                             nullptr);
+  HANDLE key = nullptr;
+  create ? NtCreateKey(&key, access, &attributes, 0, nullptr, 0, nullptr)
+         : NtOpenKey(&key, access, &attributes);
+  return UniqueRegistryKey(static_cast<HKEY>(key));
 }
 
 // The name of one subkey or, when there is none left, nullopt.
@@ -105,54 +94,39 @@ void DeleteWithChildren(HKEY key) {
   Require(NtDeleteKey(key) >= 0, L"cannot delete", L"a key");
 }
 
-std::wstring Printable(std::wstring_view text) {
-  std::wstring result;
-  for (const wchar_t character : text) {
-    wchar_t escape[8] = {character};
-    if (character < L' ') {
-      std::swprintf(escape, std::size(escape), L"\\x%04X", static_cast<unsigned>(character));
-    }
-    result += escape;
-  }
-  return result;
-}
-
 std::wstring ValueText(DWORD type, const Bytes& data) {
   std::wstring text = std::to_wstring(type) + L":";
   if ((type == REG_SZ || type == REG_EXPAND_SZ) && data.size() % sizeof(wchar_t) == 0) {
-    const std::wstring content = FromUtf16Le(data);
-    if (!content.ends_with(L'\0')) return text + Printable(content) + L" (not terminated)";
-    return text + Printable(std::wstring_view(content).substr(0, content.size() - 1));
-  }
-  for (const std::byte byte : data) {
-    wchar_t digits[4];
-    std::swprintf(digits, std::size(digits), L"%02x", std::to_integer<unsigned>(byte));
-    text += digits;
+    text += FromUtf16Le(data);
+    if (!text.ends_with(L'\0')) return text + L" (not terminated)";
+    text.pop_back();
+  } else {
+    for (const auto byte : data) text += std::to_wstring(std::to_integer<int>(byte)) + L" ";
   }
   return text;
 }
 
+std::filesystem::path Sample(const std::wstring& name) {
+  return Environment(L"TARVELIN_SAMPLE") + L"\\" + name;
+}
+
 void DumpKey(HKEY key, const std::wstring& path, Lines& lines) {
   lines.push_back(path);
-  std::wstring name(16384, L'\0');
-  Bytes data(65536);
-  for (DWORD index = 0;; ++index) {
-    auto length = static_cast<DWORD>(name.size());
-    auto size = static_cast<DWORD>(data.size());
+  static std::wstring name(16384, L'\0');
+  static Bytes data(1 << 20);
+  LSTATUS status = ERROR_SUCCESS;
+  for (DWORD index = 0; status == ERROR_SUCCESS; ++index) {
+    auto length = static_cast<DWORD>(name.size()), size = static_cast<DWORD>(data.size());
     DWORD type = 0;
-    LSTATUS status = RegEnumValueW(key, index, name.data(), &length, nullptr, &type,
-                                   reinterpret_cast<BYTE*>(data.data()), &size);
-    if (status == ERROR_MORE_DATA && size > data.size()) {
-      data.resize(size);
-      --index;
-      continue;
-    }
+    status = RegEnumValueW(key, index, name.data(), &length, nullptr, &type,
+                           reinterpret_cast<BYTE*>(data.data()), &size);
     if (status != ERROR_SUCCESS) break;
-    const Bytes value(data.begin(), data.begin() + size);
-    lines.push_back(path + L"|" + Printable({name.data(), length}) + L"=" + ValueText(type, value));
+    lines.push_back(path + L"|" + name.substr(0, length) + L"=" +
+                    ValueText(type, Bytes(data.begin(), data.begin() + size)));
   }
+  Require(status == ERROR_NO_MORE_ITEMS, L"cannot read the values", path);
   for (DWORD index = 0; auto child = ChildName(key, index); ++index) {
-    const std::wstring childPath = path + L"\\" + Printable(*child);
+    const std::wstring childPath = path + L"\\" + *child;
     if (const UniqueRegistryKey opened = OpenChild(key, *child, KEY_READ)) {
       DumpKey(opened.Get(), childPath, lines);
     } else {
@@ -182,13 +156,10 @@ void WriteInteger(const std::wstring& path, const std::wstring& name, DWORD numb
   WriteValue(path, name, REG_DWORD, Bytes(bytes, bytes + sizeof(number)));
 }
 
-bool HasKey(const std::wstring& path) { return static_cast<bool>(Open(path, KEY_READ)); }
-
 std::optional<std::wstring> ReadText(const std::wstring& path, const std::wstring& name) {
-  const Place place = Split(path);
   std::wstring text(65536, L'\0');
   auto size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
-  if (RegGetValueW(place.root, place.key.c_str(), name.c_str(),
+  if (RegGetValueW(Open(path, KEY_READ).Get(), nullptr, name.c_str(),
                    RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND, nullptr, text.data(),
                    &size) != ERROR_SUCCESS) {
     return std::nullopt;
@@ -197,7 +168,6 @@ std::optional<std::wstring> ReadText(const std::wstring& path, const std::wstrin
 }
 
 void DeleteKey(const std::wstring& path) {
-  Require(!Split(path).key.empty(), L"not deleting a root", path);
   const UniqueRegistryKey key = Open(path, KEY_ALL_ACCESS, REG_OPTION_OPEN_LINK);
   if (key) DeleteWithChildren(key.Get());
 }
@@ -209,22 +179,15 @@ void RegisterClass(const std::wstring& classId, std::wstring_view name, std::wst
 }
 
 void MakeOddKey(const std::wstring& parent, std::wstring_view name) {
-  std::wstring copy(name);
-  const UniqueRegistryKey created = OpenChild(Create(parent).Get(), copy, KEY_ALL_ACCESS, true);
+  const auto created = OpenChild(Create(parent).Get(), std::wstring(name), KEY_ALL_ACCESS, true);
   Require(static_cast<bool>(created), L"cannot create an odd key", parent);
 }
 
 void MakeLink(const std::wstring& path, const std::wstring& target) {
-  // The size of the name in bytes, then the name.
-  std::vector<ULONG> name(1024);
-  ULONG needed = 0;
-  const UniqueRegistryKey key = Open(target, KEY_READ);
-  Require(key && NtQueryKey(key.Get(), kKeyName, name.data(),
-                            static_cast<ULONG>(name.size() * sizeof(ULONG)), &needed) >= 0,
-          L"cannot find out the name of", target);
+  const Bytes name = ToUtf16Le(L"\\Registry\\Machine\\" + Split(target).key);
   const auto status =
       RegSetValueExW(Create(path, REG_OPTION_CREATE_LINK).Get(), L"SymbolicLinkValue", 0, REG_LINK,
-                     reinterpret_cast<const BYTE*>(&name[1]), name[0]);
+                     reinterpret_cast<const BYTE*>(name.data()), static_cast<DWORD>(name.size()));
   Require(status == ERROR_SUCCESS, L"cannot make the link", path);
 }
 
@@ -246,14 +209,13 @@ bool AccessRule::Set(const wchar_t* rule) {
 }
 
 void InstallModule(const std::wstring& sampleName, const std::wstring& path) {
-  const std::filesystem::path source = Environment(L"TARVELIN_SAMPLE") + L"\\" + sampleName;
   std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-  std::filesystem::copy_file(source, path, std::filesystem::copy_options::overwrite_existing);
+  std::filesystem::copy_file(Sample(sampleName), path,
+                             std::filesystem::copy_options::overwrite_existing);
 }
 
 void ImportSample() {
-  std::ifstream source(std::filesystem::path(Environment(L"TARVELIN_SAMPLE") + L"\\sample.reg"),
-                       std::ios::binary);
+  std::ifstream source(Sample(L"sample.reg"), std::ios::binary);
   const std::string text(std::istreambuf_iterator<char>(source), {});
   const Bytes utf16 = ToUtf16Le(L'\xFEFF' + FromUtf8(std::as_bytes(std::span(text))));
   WriteFileBytes(L"C:\\sample.reg",
@@ -288,13 +250,13 @@ Lines ListFiles(const std::wstring& folder) {
 }
 
 Lines Differences(const Lines& before, const Lines& after) {
-  Lines gone, added, lines;
-  std::set_difference(before.begin(), before.end(), after.begin(), after.end(),
-                      std::back_inserter(gone));
-  std::set_difference(after.begin(), after.end(), before.begin(), before.end(),
-                      std::back_inserter(added));
-  for (const auto& line : gone) lines.push_back(L"- " + line);
-  for (const auto& line : added) lines.push_back(L"+ " + line);
+  Lines lines;
+  for (const auto& line : before) {
+    if (!std::ranges::binary_search(after, line)) lines.push_back(L"- " + line);
+  }
+  for (const auto& line : after) {
+    if (!std::ranges::binary_search(before, line)) lines.push_back(L"+ " + line);
+  }
   return lines;
 }
 

@@ -23,7 +23,6 @@ void WriteText(const std::wstring& path, const std::wstring& name, std::wstring_
 void WriteInteger(const std::wstring& path, const std::wstring& name, DWORD number);
 void WriteValue(const std::wstring& path, const std::wstring& name, DWORD type, const Bytes& data);
 
-[[nodiscard]] bool HasKey(const std::wstring& path);
 // The text of a value; nullopt when it is missing or no text.
 [[nodiscard]] std::optional<std::wstring> ReadText(const std::wstring& path,
                                                    const std::wstring& name);
@@ -36,7 +35,7 @@ void RegisterClass(const std::wstring& classId, std::wstring_view name, std::wst
 // A child whose name holds a NUL character somewhere; it is created empty.
 void MakeOddKey(const std::wstring& parent, std::wstring_view name);
 
-// A symbolic link at `path` to the existing key `target`.
+// A symbolic link at `path` to the key `target` below HKLM.
 void MakeLink(const std::wstring& path, const std::wstring& target);
 
 // Refuses access to a key until it is destroyed.
@@ -60,9 +59,8 @@ void InstallModule(const std::wstring& sampleName, const std::wstring& path);
 void ImportSample();
 void WriteFileBytes(const std::wstring& path, std::string_view bytes);
 
-// One line for each key ("path") and value ("path|name=type:data", data as text or in hex) of a
-// branch, or for each file of a folder ("path size"), sorted. Links are named and not followed;
-// control characters stand as \xNNNN.
+// One line for each key ("path") and value ("path|name=type:data", data as text or bytes) of a
+// branch, or for each file of a folder ("path size"), sorted. Links are named and not followed.
 using Lines = std::vector<std::wstring>;
 [[nodiscard]] Lines DumpRegistry(const std::wstring& path);
 [[nodiscard]] Lines ListFiles(const std::wstring& folder);

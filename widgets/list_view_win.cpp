@@ -4,7 +4,7 @@
 #include <uxtheme.h>
 
 #include <algorithm>
-#include <type_traits>
+#include <string_view>
 #include <vector>
 
 #include "widgets/controls_win.h"
@@ -71,9 +71,9 @@ class ListPeer : public WindowPeer<ListViewPeer> {
     return SendMessageW(Handle(), message, wParam, lParam);
   }
   template <typename Structure>
-  requires std::is_class_v<Structure> LRESULT Send(UINT message, WPARAM wParam,
-                                                   Structure& structure)
-  const { return Send(message, wParam, reinterpret_cast<LPARAM>(&structure)); }
+  LRESULT SendWith(UINT message, WPARAM wParam, Structure& structure) const {
+    return Send(message, wParam, reinterpret_cast<LPARAM>(&structure));
+  }
   // Rows that the control shows; those added in an update are still missing.
   [[nodiscard]] int Shown() const { return static_cast<int>(Send(LVM_GETITEMCOUNT)); }
   [[nodiscard]] int NextItem(UINT flags) const {
@@ -110,7 +110,7 @@ ListPeer::ListPeer(TListView& list, PeerContext& context, FormWindow& form, HWND
   }
   for (std::size_t index = 0; index < list.Columns().size(); ++index) {
     LVCOLUMNW column{};
-    Send(LVM_INSERTCOLUMNW, index, column);
+    SendWith(LVM_INSERTCOLUMNW, index, column);
   }
   ColumnsChanged();
   CheckBoxesChanged();
@@ -137,10 +137,10 @@ void ListPeer::ShowRow(int index) {
   item.iItem = index;
   item.pszText = LPSTR_TEXTCALLBACKW;
   item.iImage = I_IMAGECALLBACK;
-  Send(LVM_INSERTITEMW, 0, item);
+  SendWith(LVM_INSERTITEMW, 0, item);
   for (std::size_t column = 1; column < list_.Columns().size(); ++column) {
     item.iSubItem = static_cast<int>(column);
-    Send(LVM_SETITEMTEXTW, static_cast<WPARAM>(index), item);
+    SendWith(LVM_SETITEMTEXTW, static_cast<WPARAM>(index), item);
   }
   if (list_.CheckBoxes()) CheckChanged(index);
 }
@@ -172,7 +172,7 @@ void ListPeer::SetState(int index, UINT state, UINT mask) {
   LVITEMW item{};
   item.state = state;
   item.stateMask = mask;
-  Send(LVM_SETITEMSTATE, static_cast<WPARAM>(index), item);
+  SendWith(LVM_SETITEMSTATE, static_cast<WPARAM>(index), item);
 }
 
 void ListPeer::CheckChanged(int index) {
@@ -205,7 +205,7 @@ void ListPeer::ColumnsChanged() {
     column.mask = LVCF_TEXT | LVCF_WIDTH;
     column.pszText = shown.caption.data();
     column.cx = shown.width;
-    Send(LVM_SETCOLUMNW, index, column);
+    SendWith(LVM_SETCOLUMNW, index, column);
   }
 }
 

@@ -1,9 +1,6 @@
 #include <windows.h>
 
 #include <commctrl.h>
-#include <windowsx.h>
-
-#include <algorithm>
 
 #include "widgets/controls_win.h"
 
@@ -16,8 +13,6 @@ constexpr int kIconSide = 16;
 constexpr int kTextLeft = 30;
 constexpr COLORREF kSelectedBackground = RGB(0xDC, 0xE9, 0xF8);
 constexpr COLORREF kHotBackground = RGB(0xF0, 0xF6, 0xFD);
-
-class NavigationButton;
 
 // The bar is one Tab stop; inside it the arrow keys move the focus.
 class GroupBarPeer : public WindowPeer<ControlPeer, ContainerWindow> {
@@ -54,9 +49,6 @@ GroupBarPeer& BarOf(const TGroup& group) {
 
 // A header or an item: an owner-drawn button, which screen readers know by its caption.
 class NavigationButton : public Window {
- public:
-  [[nodiscard]] bool HasFocus() const { return GetFocus() == Handle(); }
-
  protected:
   NavigationButton(TControl& control, TGroup& group, PeerContext& context, FormWindow& form)
       : Window(control, context, &form), group_(group), bar_(BarOf(group)) {}
@@ -73,6 +65,7 @@ class NavigationButton : public Window {
   virtual void Draw(HDC dc, const RECT& area) = 0;
 
   [[nodiscard]] bool Hot() const { return hot_; }
+  [[nodiscard]] bool HasFocus() const { return GetFocus() == Handle(); }
   [[nodiscard]] bool FocusShown() const {
     return HasFocus() && !(SendMessageW(Handle(), WM_QUERYUISTATE, 0, 0) & UISF_HIDEFOCUS);
   }

@@ -29,6 +29,11 @@ class WindowTest : public ::testing::Test {
     app_.Press(key);
     return FocusedText();
   }
+  // Answers the box that comes of a key.
+  Box AnswerNext(int button) {
+    WaitUntil([this] { return app_.Modal() != nullptr; }, L"a message box");
+    return app_.Answer(button);
+  }
   // The row that has the focus inside the list.
   [[nodiscard]] int FocusedRow() const {
     return static_cast<int>(
@@ -92,9 +97,9 @@ TEST_F(WindowTest, ARemovalLeavesTheKeyboardInTheList) {
   app_.Select(row);
   app_.Press(VK_TAB);  // to "Open in RegEdit"
   EXPECT_EQ(PressAndTell(VK_TAB), L"Remove");
-  app_.Act(app_.Focused(), BM_CLICK);
-  app_.Answer(IDYES);
-  EXPECT_EQ(app_.Answer(IDOK).text, L"Remove successfully!");
+  app_.Press(VK_RETURN);
+  EXPECT_EQ(AnswerNext(IDYES).caption, L"Warning");
+  EXPECT_EQ(AnswerNext(IDOK).text, L"Remove successfully!");
   EXPECT_FALSE(app_.Enabled(L"Remove"));
   EXPECT_EQ(app_.Focused(), app_.List());
   EXPECT_EQ(app_.Selected(), -1);

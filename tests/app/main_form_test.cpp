@@ -8,41 +8,29 @@
 namespace tarvelin::testing {
 namespace {
 
-constexpr wchar_t kStats[] =
-    L"HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Ext\\Stats\\";
-constexpr wchar_t kClasses[] = L"HKEY_LOCAL_MACHINE\\Software\\Classes\\";
-constexpr wchar_t kToolbar[] =
+const std::wstring kClasses = L"HKEY_LOCAL_MACHINE\\Software\\Classes\\";
+const std::wstring kToolbar =
     L"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Internet Explorer\\Toolbar";
-constexpr wchar_t kMenuExt[] =
-    L"HKEY_CURRENT_USER\\Software\\Microsoft\\Internet Explorer\\MenuExt";
+const std::wstring kWindows = L"HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\";
 
 class MainForm : public ::testing::Test {
  protected:
-  // Two handlers, two helper objects (the module of {B} is there, that of {C} too), two toolbars
-  // (only the first has its module) and a browser context-menu entry.
+  // Two handlers, two helper objects and two toolbars, of which the second has no module.
   void SetUp() override {
     auto& registry = world_.registry;
-    registry.Text(kClasses + std::wstring(L"*\\shellex\\ContextMenuHandlers\\Packer"), L"", L"{1}");
-    registry.Text(kClasses + std::wstring(L"Drive\\shellex\\ContextMenuHandlers\\Disk"), L"",
-                  L"{2}");
-    for (const wchar_t* name : {L"{B}", L"{C}"}) {
-      AddModule(name, L"C:\\" + std::wstring(name).substr(1, 1) + L".dll");
-      registry.Integer(kStats + std::wstring(name) + L"\\iexplore", L"Type", 3);
+    registry.Text(kClasses + L"*\\shellex\\ContextMenuHandlers\\Packer", L"", L"{1}");
+    registry.Text(kClasses + L"Drive\\shellex\\ContextMenuHandlers\\Disk", L"", L"{2}");
+    for (const std::wstring name : {L"B", L"C", L"T1", L"T2"}) {
+      const std::wstring classKey = kClasses + L"CLSID\\{" + name + L"}";
+      registry.Text(classKey, L"", L"Class " + name);
+      registry.Text(classKey + L"\\InprocServer32", L"", L"C:\\" + name + L".dll");
+      if (name != L"T2") world_.files.Add(L"C:\\" + name + L".dll");
     }
-    AddModule(L"{T1}", L"C:\\t1.dll");
-    AddModule(L"{T2}", L"C:\\t2.dll");
-    world_.files.files.erase(L"C:\\t2.dll");
+    for (const wchar_t* name : {L"{B}", L"{C}"}) {
+      registry.Integer(kWindows + L"Ext\\Stats\\" + name + L"\\iexplore", L"Type", 3);
+    }
     registry.Text(kToolbar, L"{T1}", L"").Text(kToolbar, L"{T2}", L"");
-    registry.Text(kMenuExt + std::wstring(L"\\Save \"%s\" & all"), L"", L"C:\\save.htm");
-    registry.Text(
-        L"HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders",
-        L"SendTo", L"C:\\SendTo");
-  }
-
-  void AddModule(const std::wstring& classId, const std::wstring& path) {
-    world_.registry.Text(kClasses + (L"CLSID\\" + classId), L"", L"Class " + classId);
-    world_.registry.Text(kClasses + (L"CLSID\\" + classId + L"\\InprocServer32"), L"", path);
-    world_.files.Add(path);
+    registry.Text(kWindows + L"Explorer\\Shell Folders", L"SendTo", L"C:\\SendTo");
   }
 
   void Start() {
@@ -102,19 +90,6 @@ TEST_F(MainForm, StartsWithTheShellPageFilled) {
   }
 }
 
-TEST_F(MainForm, ScansAnEmptyListOnly) {
-  Start();
-  Visit(L"IE BHOs");
-  ASSERT_EQ(List(L"lvBHO").Count(), 2);
-  world_.registry.Drop(kStats + std::wstring(L"{B}"));
-  Visit(L"IE BHOs");
-  EXPECT_EQ(List(L"lvBHO").Count(), 2);
-  List(L"lvBHO").Delete(0);
-  List(L"lvBHO").Delete(0);
-  Visit(L"IE BHOs");
-  EXPECT_EQ(List(L"lvBHO").Count(), 1);
-}
-
 TEST_F(MainForm, HeadersShowWhichGroupsAreOpen) {
   Start();
   auto& menu = Find<TImageNote>(L"ImageNote_Menu");
@@ -129,113 +104,64 @@ TEST_F(MainForm, HeadersShowWhichGroupsAreOpen) {
   EXPECT_EQ(pictures(), std::pair(1, 0));
 }
 
-TEST_F(MainForm, ButtonsFollowTheSelection) {
+TEST_F(MainForm, PropertiesStaysAsItWasForAToolbarWithoutAModule) {
   Start();
-  EXPECT_FALSE(Enabled(L"btnSERmv"));
-  List(L"lvShellList").SetSelectedIndex(1);
-  EXPECT_TRUE(Enabled(L"btnSERmv"));
-  EXPECT_TRUE(Enabled(L"btnSEKey"));
-  List(L"lvShellList").SetSelectedIndex(-1);
-  EXPECT_FALSE(Enabled(L"btnSEKey"));
-
   Visit(L"IE Toolbars");
   auto& tools = List(L"lvTool");
   ASSERT_EQ(tools.Count(), 2);
-  tools.SetSelectedIndex(1);  // no module: Properties keeps its state, which is disabled
-  EXPECT_TRUE(Enabled(L"btnTlbarRmv"));
-  EXPECT_FALSE(Enabled(L"btnTlbarPPT"));
-  tools.SetSelectedIndex(0);
-  EXPECT_TRUE(Enabled(L"btnTlbarPPT"));
-  tools.SetSelectedIndex(1);
-  EXPECT_TRUE(Enabled(L"btnTlbarPPT"));
-  tools.SetSelectedIndex(-1);
-  EXPECT_FALSE(Enabled(L"btnTlbarPPT"));
+  const std::pair<int, bool> steps[] = {{1, false}, {0, true}, {1, true}, {-1, false}, {0, true}};
+  for (const auto& [row, properties] : steps) {
+    tools.SetSelectedIndex(row);
+    EXPECT_EQ(Enabled(L"btnTlbarRmv"), row >= 0);
+    EXPECT_EQ(Enabled(L"btnTlbarPPT"), properties);
+  }
+  Press(L"btnTlbarPPT");
+  EXPECT_EQ(world_.shell.properties, std::vector<std::wstring>{L"C:\\T1.dll"});
 }
 
-TEST_F(MainForm, RemovalAsksThenRemovesThenReports) {
+TEST_F(MainForm, RemovesAModuleThatIsFreeOnceThatIsConfirmed) {
   Start();
-  Visit(L"IE Context Menus");
-  List(L"lvMenu").SetSelectedIndex(0);
-  const auto before = world_.registry.Dump();
-  world_.boxes.answers = {kAnswerNo};
-  Press(L"btnCMRmv");
-  EXPECT_EQ(world_.registry.Dump(), before);
-  EXPECT_EQ(List(L"lvMenu").Count(), 1);
-
-  world_.boxes.answers = {kAnswerYes, kAnswerOk};
-  Press(L"btnCMRmv");
-  EXPECT_FALSE(world_.registry.Has(kMenuExt + std::wstring(L"\\Save \"%s\" & all")));
-  EXPECT_EQ(List(L"lvMenu").Count(), 0);
-  EXPECT_FALSE(Enabled(L"btnCMRmv"));
-  const FakeBoxes::Box question{L"Are you sure to remove \"Save \"%s\" & all\"?", L"Warning", 0x24};
-  EXPECT_EQ(world_.boxes.shown, (std::vector<FakeBoxes::Box>{
-                                    question, question, {L"Remove success!", L"Tarvelin", 0}}));
-}
-
-TEST_F(MainForm, AModuleInUseStaysAndAnUndeletableToolbarFileIsReported) {
-  Start();
-  const FakeBoxes::Box failure{L"This operation could not be completed.\r\nAccess is denied.",
-                               L"Unable to delete file", 0x10};
   Visit(L"IE BHOs");
   List(L"lvBHO").SetSelectedIndex(0);
-  world_.files.locked.insert(L"C:\\B.dll");
   const auto before = world_.registry.Dump();
-  world_.boxes.answers = {kAnswerYes, kAnswerOk};
+  world_.boxes.answers = {kAnswerNo, kAnswerYes, kAnswerOk};
   Press(L"btnBHORmv");
-  EXPECT_EQ(world_.boxes.shown.back(), failure);
+  world_.files.locked.insert(L"C:\\B.dll");
+  Press(L"btnBHORmv");
+  EXPECT_EQ(world_.boxes.shown.back(),
+            (FakeBoxes::Box{L"This operation could not be completed.\r\nAccess is denied.",
+                            L"Unable to delete file", 0x10}));
   EXPECT_EQ(world_.registry.Dump(), before);
   EXPECT_EQ(List(L"lvBHO").Count(), 2);
 
   List(L"lvBHO").SetSelectedIndex(1);
+  world_.boxes.shown.clear();
   world_.boxes.answers = {kAnswerYes, kAnswerOk};
   Press(L"btnBHORmv");
-  EXPECT_EQ(world_.boxes.shown.back().text, L"Remove successfully!");
+  EXPECT_EQ(world_.boxes.shown,
+            (std::vector<FakeBoxes::Box>{{L"Are you sure to remove \"Unknown\"?", L"Warning", 0x24},
+                                         {L"Remove successfully!", L"Tarvelin", 0}}));
   EXPECT_EQ(world_.modules.unregistered, std::vector<std::wstring>{L"C:\\C.dll"});
-  EXPECT_FALSE(world_.registry.Has(kClasses + std::wstring(L"CLSID\\{C}")));
-  EXPECT_TRUE(world_.registry.Has(kClasses + std::wstring(L"CLSID\\{B}")));
-
-  Visit(L"IE Toolbars");
-  List(L"lvTool").SetSelectedIndex(0);
-  world_.files.undeletable.insert(L"C:\\t1.dll");
-  world_.boxes.answers = {kAnswerYes, kAnswerOk};
-  Press(L"btnTlbarRmv");
-  EXPECT_EQ(world_.boxes.shown.back(), failure);
-  EXPECT_EQ(List(L"lvTool").Count(), 1);
-  EXPECT_EQ(world_.registry.TextOf(kToolbar, L"{T1}"), std::nullopt);
-  EXPECT_TRUE(world_.files.removed.empty());
+  EXPECT_FALSE(world_.registry.Has(kClasses + L"CLSID\\{C}"));
+  EXPECT_EQ(List(L"lvBHO").Count(), 1);
+  EXPECT_FALSE(Enabled(L"btnBHORmv"));
 }
 
-TEST_F(MainForm, AnErrorEndsTheCommandAndKeepsThePage) {
-  Start();
-  world_.registry.Integer(kMenuExt + std::wstring(L"\\Zoom"), L"", 7);
-  world_.boxes.answers = {kAnswerOk};
-  Visit(L"IE Context Menus");
-  EXPECT_EQ(world_.boxes.shown.back().caption, L"Tarvelin");
-  EXPECT_EQ(world_.boxes.shown.back().flags, kBoxError);
-  EXPECT_EQ(ActivePage(), L"PageTab_Shell_Extention");
-  Visit(L"IE BHOs");
-  EXPECT_EQ(ActivePage(), L"PageTab_IE_BHO");
-}
-
-TEST_F(MainForm, SelectAllChecksAndRestoreClearsTheBoxAlone) {
+TEST_F(MainForm, ARestoreThatWritesNothingClearsSelectAllAlone) {
   Start();
   Visit(L"IE Settings");
   EXPECT_FALSE(Enabled(L"Button_Restore"));
   Find<TCheckBox>(L"chkBoxAll").SetChecked(true);
   EXPECT_TRUE(Enabled(L"Button_Restore"));
-  world_.boxes.answers = {kAnswerNo};
+  world_.boxes.answers = {kAnswerNo, kAnswerYes, kAnswerOk};
   Press(L"Button_Restore");
   EXPECT_TRUE(Find<TCheckBox>(L"chkBoxAll").Checked());
 
-  world_.registry.Deny(L"HKEY_CURRENT_USER\\Software\\Microsoft\\Internet Explorer");
-  world_.registry.Deny(L"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Internet Explorer");
-  for (const wchar_t* root : {L"HKEY_CURRENT_USER", L"HKEY_LOCAL_MACHINE"}) {
+  for (const std::wstring root : {L"HKEY_CURRENT_USER", L"HKEY_LOCAL_MACHINE"}) {
     for (const wchar_t* key : {L"Main", L"SearchUrl", L"Search", L"AboutURLs"}) {
-      world_.registry.Deny(root + std::wstring(L"\\Software\\Microsoft\\Internet Explorer\\") +
-                           key);
+      world_.registry.Deny(root + L"\\Software\\Microsoft\\Internet Explorer\\" + key);
     }
   }
-  world_.boxes.answers = {kAnswerYes, kAnswerOk};
   Press(L"Button_Restore");
   EXPECT_EQ(world_.boxes.shown.back(),
             (FakeBoxes::Box{L"No items selected!", L"Tarvelin", kBoxError}));

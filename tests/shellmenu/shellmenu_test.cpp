@@ -79,6 +79,7 @@ TEST_F(ShellMenuTest, ListsVerbsAndHandlersButNotThoseOfWindows) {
   registry.Text(directory + L"prompt", L"", L"Prompt");
   registry.Text(directory + L"prompt\\command", L"", L"cmd.exe /k \"cd %L\"");
   registry.Text(directory + L"noText\\command", L"", L"x.exe");
+  registry.Text(directory + L"noCommand", L"", L"Text");
   registry.Text(directory + L"emptyCommand", L"", L"Text")
       .Key(directory + L"emptyCommand\\command");
   // By name and class in the first and last group of handlers, by class alone in the others.
@@ -101,7 +102,7 @@ TEST_F(ShellMenuTest, ListsVerbsAndHandlersButNotThoseOfWindows) {
                       windowsOwn + L"|{Directory}|\\Directory" + handler + windowsOwn +
                       L"|{Folder}|\\Folder" + handler);
   EXPECT_EQ(openUpdates, 0);
-  EXPECT_EQ(registry.opens, 7 + 3 + 4 + 5 + 12) << "parents, and each key of an entry once";
+  EXPECT_EQ(registry.opens, 7 + 3 + 4 + 7 + 12) << "parents, and each key of an entry once";
 
   registry.Drop(kRoot + kBin + L"silent");
   ScanExtensions();

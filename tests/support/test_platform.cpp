@@ -13,15 +13,6 @@ void FakeFiles::Add(const std::wstring& path, std::string_view content) {
   files[path] = Bytes(bytes.begin(), bytes.end());
 }
 
-bool FakeFiles::FileExists(const std::wstring& path) {
-  ++existenceTests;
-  return files.contains(path);
-}
-
-bool FakeFiles::ExclusiveOpenFails(const std::wstring& path) {
-  return !files.contains(path) || locked.contains(path);
-}
-
 bool FakeFiles::RemoveFile(const std::wstring& path) {
   if (undeletable.contains(path) || files.erase(path) == 0) return false;
   removed.push_back(path);
@@ -88,24 +79,19 @@ std::unique_ptr<VersionResource> FakeShell::OpenVersionResource(const std::wstri
   return std::make_unique<Resource>(version->second);
 }
 
-std::unique_ptr<Icon> FakeShell::ExtractIconOf(const std::wstring& path, int index) {
-  iconRequests.push_back(path + L"," + std::to_wstring(index));
+std::unique_ptr<Icon> FakeShell::Give(std::wstring request) {
+  iconRequests.push_back(std::move(request));
   if (noIcons.contains(iconRequests.back())) return nullptr;
-  return std::make_unique<FakeIcon>(iconRequests.back(), iconsAlive);
+  return std::make_unique<FakeIcon>(iconsAlive);
+}
+
+std::unique_ptr<Icon> FakeShell::ExtractIconOf(const std::wstring& path, int index) {
+  return Give(path + L"," + std::to_wstring(index));
 }
 
 std::unique_ptr<Icon> FakeShell::FileTypeIcon(const std::wstring& path, bool) {
-  iconRequests.push_back(L"type:" + path);
-  if (noIcons.contains(iconRequests.back())) return nullptr;
-  return std::make_unique<FakeIcon>(iconRequests.back(), iconsAlive);
+  return Give(L"type:" + path);
 }
-
-bool FakeShell::ShowProperties(const std::wstring& path) {
-  properties.push_back(path);
-  return true;
-}
-
-std::wstring FakeShell::SpecialFolder(int folderId) { return folders[folderId]; }
 
 int FakeBoxes::Show(const std::wstring& text, const std::wstring& caption, std::uint32_t flags) {
   shown.push_back({text, caption, flags});
@@ -118,40 +104,6 @@ int FakeBoxes::Show(const std::wstring& text, const std::wstring& caption, std::
   return answer;
 }
 
-EditorWindows::Window FakeEditor::FindTopLevel(const std::wstring& className) {
-  log.push_back(L"find " + className);
-  return running ? 1 : 0;
-}
-
-EditorWindows::Window FakeEditor::FindChild(Window, const std::wstring& className) {
-  return className == L"SysTreeView32" ? 2 : 3;
-}
-
-void FakeEditor::StartEditor() {
-  log.emplace_back(L"start");
-  running = starts;
-}
-
-void FakeEditor::Maximize(Window window) { log.push_back(L"maximize " + std::to_wstring(window)); }
-
-void FakeEditor::BringToForeground(Window window) {
-  log.push_back(L"foreground " + std::to_wstring(window));
-}
-
-void FakeEditor::SetFocusTo(Window window) { log.push_back(L"focus " + std::to_wstring(window)); }
-
-void FakeEditor::SendKeyDown(Window window, Key key) {
-  log.push_back(L"key " + std::to_wstring(window) + L" " + std::to_wstring(static_cast<int>(key)));
-}
-
-void FakeEditor::SendChar(Window window, wchar_t character) {
-  log.push_back(L"char " + std::to_wstring(window) + L" " + std::wstring(1, character));
-}
-
-void FakeEditor::Pause(int milliseconds) {
-  log.push_back(L"pause " + std::to_wstring(milliseconds));
-}
-
 std::span<const std::byte> FolderResources::Find(std::wstring_view name) {
   auto found = loaded_.find(name);
   if (found == loaded_.end()) {
@@ -162,11 +114,6 @@ std::span<const std::byte> FolderResources::Find(std::wstring_view name) {
     found = loaded_.emplace(name, Bytes(bytes.begin(), bytes.end())).first;
   }
   return found->second;
-}
-
-void FakeDisplay::ProcessMessages() {
-  ++pumped;
-  if (onProcessMessages) onProcessMessages();
 }
 
 }  // namespace tarvelin::testing

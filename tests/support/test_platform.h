@@ -25,12 +25,13 @@ class FakeFiles : public FileSystem {
   std::map<std::wstring, std::wstring, TextLess> environment;           // "%windir%" -> value
   std::map<std::wstring, std::wstring> profile;  // "path|section|key" -> text
   std::vector<std::wstring> removed;
-  int existenceTests = 0;
 
   void Add(const std::wstring& path, std::string_view content = {});
 
-  bool FileExists(const std::wstring& path) override;
-  bool ExclusiveOpenFails(const std::wstring& path) override;
+  bool FileExists(const std::wstring& path) override { return files.contains(path); }
+  bool ExclusiveOpenFails(const std::wstring& path) override {
+    return !files.contains(path) || locked.contains(path);
+  }
   bool RemoveFile(const std::wstring& path) override;
   void ForEachEntry(const std::wstring& pattern,
                     const std::function<void(const std::wstring&)>& found) override;
@@ -51,9 +52,8 @@ class FakeModules : public ModuleRegistrar {
 
 class FakeIcon : public Icon {
  public:
-  FakeIcon(std::wstring source, int& alive) : source(std::move(source)), alive_(alive) { ++alive_; }
+  explicit FakeIcon(int& alive) : alive_(alive) { ++alive_; }
   ~FakeIcon() override { --alive_; }
-  std::wstring source;  // "path,index" or "type:path"
 
  private:
   int& alive_;
@@ -78,8 +78,14 @@ class FakeShell : public Shell {
   std::unique_ptr<VersionResource> OpenVersionResource(const std::wstring& path) override;
   std::unique_ptr<Icon> ExtractIconOf(const std::wstring& path, int index) override;
   std::unique_ptr<Icon> FileTypeIcon(const std::wstring& path, bool small) override;
-  bool ShowProperties(const std::wstring& path) override;
-  std::wstring SpecialFolder(int folderId) override;
+  bool ShowProperties(const std::wstring& path) override {
+    properties.push_back(path);
+    return true;
+  }
+  std::wstring SpecialFolder(int folderId) override { return folders[folderId]; }
+
+ private:
+  std::unique_ptr<Icon> Give(std::wstring request);
 };
 
 // Answers boxes in order; a box that no answer was scripted for fails the test.
@@ -102,15 +108,32 @@ class FakeEditor : public EditorWindows {
   bool running = true;
   bool starts = true;
   std::vector<std::wstring> log;
-  Window FindTopLevel(const std::wstring& className) override;
-  Window FindChild(Window parent, const std::wstring& className) override;
-  void StartEditor() override;
-  void Maximize(Window window) override;
-  void BringToForeground(Window window) override;
-  void SetFocusTo(Window window) override;
-  void SendKeyDown(Window window, Key key) override;
-  void SendChar(Window window, wchar_t character) override;
-  void Pause(int milliseconds) override;
+  Window FindTopLevel(const std::wstring& className) override {
+    log.push_back(L"find " + className);
+    return running ? 1 : 0;
+  }
+  Window FindChild(Window, const std::wstring& className) override {
+    return className == L"SysTreeView32" ? 2 : 3;
+  }
+  void StartEditor() override {
+    log.emplace_back(L"start");
+    running = starts;
+  }
+  void Maximize(Window window) override { Note(L"maximize ", window); }
+  void BringToForeground(Window window) override { Note(L"foreground ", window); }
+  void SetFocusTo(Window window) override { Note(L"focus ", window); }
+  void SendKeyDown(Window window, Key key) override {
+    Note(L"key ", window, L" " + std::to_wstring(static_cast<int>(key)));
+  }
+  void SendChar(Window window, wchar_t character) override {
+    Note(L"char ", window, {L' ', character});
+  }
+  void Pause(int milliseconds) override { Note(L"pause ", static_cast<Window>(milliseconds)); }
+
+ private:
+  void Note(const std::wstring& what, Window window, const std::wstring& rest = {}) {
+    log.push_back(what + std::to_wstring(window) + rest);
+  }
 };
 
 // The artwork of the source tree.
@@ -124,15 +147,16 @@ class FolderResources : public Resources {
 
 class FakeDisplay : public Display {
  public:
-  int pixelsPerInch = 96;
-  int majorVersion = 6;
   int pumped = 0;
   std::function<void()> onProcessMessages;
-  int PixelsPerInch() override { return pixelsPerInch; }
+  int PixelsPerInch() override { return 96; }
   int VerticalScrollBarWidth() override { return 17; }
   int TextWidth(std::wstring_view text) override { return static_cast<int>(text.size()) * 6; }
-  int WindowsMajorVersion() override { return majorVersion; }
-  void ProcessMessages() override;
+  int WindowsMajorVersion() override { return 6; }
+  void ProcessMessages() override {
+    ++pumped;
+    if (onProcessMessages) onProcessMessages();
+  }
 };
 
 class EnglishMessages : public MessageLookup {

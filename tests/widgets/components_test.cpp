@@ -71,7 +71,7 @@ TEST(ImageList, CopiesShareAStoredImage) {
   int alive = 0;
   TImageList images(L"images");
   EXPECT_EQ(images.Add(TPicture{1, 1, {0}}), 0);
-  EXPECT_EQ(images.Add(FakeIcon(L"x", alive)), 1);
+  EXPECT_EQ(images.Add(FakeIcon(alive)), 1);
   EXPECT_EQ(images.AddCopy(1), 2);
   EXPECT_EQ(images.AddCopy(9), -1);
   EXPECT_EQ(images.Count(), 3);

@@ -12,7 +12,7 @@ namespace tarvelin {
 
 namespace {
 
-constexpr int kIconSize = 16;
+constexpr std::size_t kIconSize = 16;
 constexpr int kCategoryIcons = 6;
 constexpr int kNavigationIcons = 35;
 constexpr std::wstring_view kPrefix = L"Tarvelin";
@@ -26,7 +26,7 @@ constexpr std::wstring_view kIeHeaderPictures[] = {L"header-ie-0.png", L"header-
 TPicture IconOf(const TPicture& strip, std::size_t index) {
   TPicture icon{kIconSize, kIconSize, std::vector<std::uint32_t>(kIconSize * kIconSize)};
   const auto width = static_cast<std::size_t>(strip.width);
-  if ((index + 1) * kIconSize > width || strip.height < kIconSize) return icon;
+  if ((index + 1) * kIconSize > width || strip.height < icon.height) return icon;
   for (std::size_t y = 0; y < kIconSize; ++y) {
     for (std::size_t x = 0; x < kIconSize; ++x) {
       icon.pixels[y * kIconSize + x] = strip.pixels[y * width + index * kIconSize + x];

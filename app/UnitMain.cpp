@@ -403,6 +403,8 @@ void TFormMain::ItemClick(Page page) {
     const ListUpdate update(*controls.list);
     PageTable()[static_cast<std::size_t>(page)].scan(*this, *controls.list);
   }
+  // Another item may have been chosen while a listing let messages through.
+  if (!controls.item->Selected()) return;
   PageNote1->SetActivePage(controls.page);
   FitLastColumn(*controls.list, platform_.display);
 }

@@ -55,9 +55,9 @@ class ShellMenuTest : public ::testing::Test {
         .Text(kRoot + extension + L"\\ShellNew", L"NullFile", L"")
         .Text(kRoot + programId, L"", L"About " + programId);
   }
-  void OfferWithIcon(const std::wstring& extension, const std::wstring& specification) {
+  void OfferWithIcon(const std::wstring& extension, const std::wstring& location) {
     Offer(extension, extension.substr(1));
-    registry.Text(kRoot + extension.substr(1) + L"\\DefaultIcon", L"", specification);
+    registry.Text(kRoot + extension.substr(1) + L"\\DefaultIcon", L"", location);
   }
 
   TestPlatform test;
@@ -143,7 +143,7 @@ TEST_F(ShellMenuTest, ListsTheFileTypesThatAreOfferedAndDescribed) {
   EXPECT_EQ(list.Data<TNew>(1)->KeyPath, L"\\.b\\b\\ShellNew");
 }
 
-TEST_F(ShellMenuTest, FindsTheIconThatASpecificationNames) {
+TEST_F(ShellMenuTest, FindsTheIconThatALocationNames) {
   const std::wstring dll = L"C:\\a.dll,", system = L"C:\\Windows\\system32\\sys.dll,";
   for (const auto* file :
        {L"C:\\a.dll", L"C:\\odd,name.ico", L"C:\\Windows\\system32\\sys.dll", L"D:\\P\\p.dll"}) {
@@ -172,13 +172,13 @@ TEST_F(ShellMenuTest, FindsTheIconThatASpecificationNames) {
       {L"%ProgramFiles%\\p.dll,-10", L"D:\\P\\p.dll,-10"},
       {L"missing.dll,word", kShellIcon + L"0"},
       {L"", kShellIcon + L"0"}};
-  for (const auto& [specification, icon] : cases) {
+  for (const auto& [location, icon] : cases) {
     Clear();
-    OfferWithIcon(L".x", specification);
+    OfferWithIcon(L".x", location);
     ScanNew();
-    EXPECT_EQ(iconRequests.back(), icon) << ToUtf8(specification);
+    EXPECT_EQ(iconRequests.back(), icon) << ToUtf8(location);
     const bool found = !test.shell.noIcons.contains(icon);
-    EXPECT_EQ(list.Item(0).imageIndex, found ? images.Count() - 1 : -1) << ToUtf8(specification);
+    EXPECT_EQ(list.Item(0).imageIndex, found ? images.Count() - 1 : -1) << ToUtf8(location);
     EXPECT_EQ(test.shell.iconsAlive, 0);
   }
 }

@@ -162,6 +162,11 @@ HWND FindControl(HWND parent, std::wstring_view className, std::wstring_view tex
   throw DriverError(L"no visible " + std::wstring(className) + L" \"" + std::wstring(text) + L"\"");
 }
 
+void PrintTo(const Box& box, std::ostream* stream) {
+  *stream << ToUtf8(box.caption + L": \"" + box.text) << (box.icon ? "\", icon" : "\"");
+  for (const int button : box.buttons) *stream << ", button " << button;
+}
+
 // ---- The process ----
 
 void ProcessTraits::Close(HANDLE process) {

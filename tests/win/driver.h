@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <ostream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -58,7 +59,9 @@ struct Box {
   std::wstring text;
   std::vector<int> buttons;  // IDOK, IDYES, IDNO
   bool icon = false;
+  bool operator==(const Box&) const = default;
 };
+void PrintTo(const Box& box, std::ostream* stream);  // for the test framework
 
 // A process ends with the handle to it.
 struct ProcessTraits : NullHandleTraits<HANDLE> {

@@ -18,6 +18,9 @@ extern "C" NTSTATUS NTAPI NtCreateKey(HANDLE* key, ACCESS_MASK access, OBJECT_AT
                                       ULONG, UNICODE_STRING*, ULONG options, ULONG*);
 extern "C" NTSTATUS NTAPI NtOpenKey(HANDLE* key, ACCESS_MASK access, OBJECT_ATTRIBUTES* name);
 extern "C" NTSTATUS NTAPI NtDeleteKey(HANDLE key);
+extern "C" NTSTATUS NTAPI NtQueryKey(HANDLE key, int what, void* result, ULONG size, ULONG* needed);
+extern "C" NTSTATUS NTAPI NtSetValueKey(HANDLE key, UNICODE_STRING* name, ULONG, ULONG type,
+                                        const void* data, ULONG size);
 
 void Require(bool good, std::wstring_view what, const std::wstring& path) {
   if (!good) throw DriverError(std::wstring(what) + L": " + path);
@@ -58,11 +61,23 @@ UniqueRegistryKey Create(const std::wstring& path, DWORD options = 0) {
   return key;
 }
 
+UNICODE_STRING Unicode(std::wstring& text) {
+  const auto size = static_cast<USHORT>(text.size() * sizeof(wchar_t));
+  return {size, size, text.data()};
+}
+
+// By the kernel's call: RegSetValueExW may add the terminator that a text lacks.
+void SetValue(const UniqueRegistryKey& key, std::wstring name, DWORD type, const Bytes& data) {
+  UNICODE_STRING text = Unicode(name);
+  Require(
+      NtSetValueKey(key.Get(), &text, 0, type, data.data(), static_cast<ULONG>(data.size())) >= 0,
+      L"cannot write the value", name);
+}
+
 // A child whose name may hold NUL characters, a link itself and not what it points to; created when
 // asked for. Null when that is refused.
 UniqueRegistryKey OpenChild(HKEY parent, std::wstring name, REGSAM access, bool create = false) {
-  const auto bytes = static_cast<USHORT>(name.size() * sizeof(wchar_t));
-  UNICODE_STRING text{bytes, bytes, name.data()};
+  UNICODE_STRING text = Unicode(name);
   OBJECT_ATTRIBUTES attributes{};
   InitializeObjectAttributes(&attributes, &text, OBJ_CASE_INSENSITIVE | OBJ_OPENLINK, parent,
                              nullptr);
@@ -140,10 +155,7 @@ void DumpKey(HKEY key, const std::wstring& path, Lines& lines) {
 void MakeKey(const std::wstring& path) { Create(path); }
 
 void WriteValue(const std::wstring& path, const std::wstring& name, DWORD type, const Bytes& data) {
-  const auto status =
-      RegSetValueExW(Create(path).Get(), name.c_str(), 0, type,
-                     reinterpret_cast<const BYTE*>(data.data()), static_cast<DWORD>(data.size()));
-  Require(status == ERROR_SUCCESS, L"cannot write the value " + name, path);
+  SetValue(Create(path), name, type, data);
 }
 
 void WriteText(const std::wstring& path, const std::wstring& name, std::wstring_view text,
@@ -184,15 +196,23 @@ void MakeOddKey(const std::wstring& parent, std::wstring_view name) {
 }
 
 void MakeLink(const std::wstring& path, const std::wstring& target) {
-  const Bytes name = ToUtf16Le(L"\\Registry\\Machine\\" + Split(target).key);
-  const auto status =
-      RegSetValueExW(Create(path, REG_OPTION_CREATE_LINK).Get(), L"SymbolicLinkValue", 0, REG_LINK,
-                     reinterpret_cast<const BYTE*>(name.data()), static_cast<DWORD>(name.size()));
-  Require(status == ERROR_SUCCESS, L"cannot make the link", path);
+  // The kernel's path of the target, which a link holds without a terminator.
+  constexpr int nameInformation = 3;
+  struct {
+    ULONG size = 0;
+    wchar_t text[1024]{};
+  } name;
+  ULONG needed = 0;
+  const auto end = target.rfind(L'\\');
+  Require(NtQueryKey(Create(target.substr(0, end)).Get(), nameInformation, &name, sizeof name,
+                     &needed) >= 0,
+          L"cannot find out the name of", target);
+  SetValue(Create(path, REG_OPTION_CREATE_LINK | REG_OPTION_VOLATILE), L"SymbolicLinkValue",
+           REG_LINK,
+           ToUtf16Le(std::wstring(name.text, name.size / sizeof(wchar_t)) + target.substr(end)));
 }
 
-AccessRule::AccessRule(const std::wstring& path, const wchar_t* rule)
-    : key_(Open(path, READ_CONTROL | WRITE_DAC)) {
+AccessRule::AccessRule(const std::wstring& path, const wchar_t* rule) : key_(Create(path)) {
   Require(Set(rule), L"cannot restrict the access to", path);
 }
 
@@ -218,8 +238,7 @@ void ImportSample() {
   std::ifstream source(Sample(L"sample.reg"), std::ios::binary);
   const std::string text(std::istreambuf_iterator<char>(source), {});
   const Bytes utf16 = ToUtf16Le(L'\xFEFF' + FromUtf8(std::as_bytes(std::span(text))));
-  WriteFileBytes(L"C:\\sample.reg",
-                 std::string_view(reinterpret_cast<const char*>(utf16.data()), utf16.size()));
+  WriteFileBytes(L"C:\\sample.reg", {reinterpret_cast<const char*>(utf16.data()), utf16.size()});
   Require(RunToEnd(L"C:\\windows\\regedit.exe /S C:\\sample.reg") == 0, L"cannot import",
           L"sample.reg");
 }
@@ -232,12 +251,16 @@ void WriteFileBytes(const std::wstring& path, std::string_view bytes) {
   Require(file.good(), L"cannot write", path);
 }
 
-Lines DumpRegistry(const std::wstring& path) {
+Lines DumpRegistry(const std::vector<std::wstring>& paths) {
   Lines lines;
-  if (const UniqueRegistryKey key = Open(path, KEY_READ)) DumpKey(key.Get(), path, lines);
-  std::sort(lines.begin(), lines.end());
+  for (const auto& path : paths) {
+    if (const UniqueRegistryKey key = Open(path, KEY_READ)) DumpKey(key.Get(), path, lines);
+  }
+  std::ranges::sort(lines);
   return lines;
 }
+
+Lines DumpRegistry(const std::wstring& path) { return DumpRegistry(std::vector{path}); }
 
 Lines ListFiles(const std::wstring& folder) {
   Lines lines;
@@ -245,7 +268,7 @@ Lines ListFiles(const std::wstring& folder) {
     lines.push_back(entry.path().wstring());
     if (entry.is_regular_file()) lines.back() += L" " + std::to_wstring(entry.file_size());
   }
-  std::sort(lines.begin(), lines.end());
+  std::ranges::sort(lines);
   return lines;
 }
 

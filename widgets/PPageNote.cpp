@@ -6,7 +6,7 @@
 namespace tarvelin {
 
 TPageTab::TPageTab(std::wstring name, TPageNote* pageNote)
-    : TControl(std::move(name), pageNote, {}), pageNote_(pageNote) {
+    : TControl(std::move(name), pageNote, {}) {
   SetVisible(false);
 }
 
@@ -57,14 +57,10 @@ void TPageNote::InsertPage(TPageTab& page) {
 }
 
 void TPageNote::RemovePage(const TPageTab& page) {
-  if (pages_.size() <= 1) {
-    pages_.clear();
-    tabIndex_ = -1;
-    return;
-  }
-  const int index = IndexOf(&page);
+  const int index = pages_.size() == 1 ? 0 : IndexOf(&page);
   if (index < 0) return;
   const bool wasCurrent = index == tabIndex_;
+  pages_[static_cast<std::size_t>(index)]->pageNote_ = nullptr;
   pages_.erase(pages_.begin() + index);
   // The page is out of the list already, so the index that it had must not be hidden again.
   if (wasCurrent) {
@@ -72,7 +68,7 @@ void TPageNote::RemovePage(const TPageTab& page) {
   } else if (index < tabIndex_) {
     --tabIndex_;
   }
-  SetTabIndex(index % TabCount());
+  if (!pages_.empty()) SetTabIndex(index % TabCount());
 }
 
 void TPageNote::ShowControl(TControl& control) {

@@ -20,7 +20,7 @@ class TPageTab : public TControl {
 
  private:
   friend class TPageNote;
-  TPageNote* pageNote_;
+  TPageNote* pageNote_ = nullptr;  // that holds it in its list
   bool active_ = false;
 };
 

@@ -10,6 +10,11 @@ TControl::TControl(std::wstring name, TControl* parent, TRect bounds)
   if (parent_) parent_->controls_.push_back(this);
 }
 
+TControl::~TControl() {
+  for (TControl* child : controls_) child->parent_ = nullptr;
+  if (parent_) std::erase(parent_->controls_, this);
+}
+
 void TControl::Notify(Change change) {
   if (peer_) peer_->Changed(change);
 }

@@ -86,6 +86,8 @@ class TControl : public TComponent {
   [[nodiscard]] TControl* Parent() const { return parent_; }
   // The children shown in this control, in creation order, which is the Tab order as well.
   [[nodiscard]] const std::vector<TControl*>& Controls() const { return controls_; }
+  // It leaves its parent; the children stay without one.
+  ~TControl() override;
 
   [[nodiscard]] const TRect& Bounds() const { return bounds_; }
   virtual void SetBounds(const TRect& bounds);

@@ -113,6 +113,20 @@ TEST(PageNote, ShowsExactlyOnePage) {
   EXPECT_TRUE(b.Visible());
 }
 
+TEST(PageNote, LosesNoPageButTheOneThatGoes) {
+  TPageNote pages(L"PageNote1", nullptr, {0, 0, 150, 150});
+  TPageTab kept(L"kept", &pages);
+  pages.InsertPage(kept);
+  {
+    TPageTab neverShown(L"neverShown", &pages), removed(L"removed", &pages), held(L"held", &pages);
+    pages.InsertPage(removed);
+    pages.InsertPage(held);
+    pages.RemovePage(removed);
+  }
+  EXPECT_EQ(pages.ActivePage(), &kept);
+  EXPECT_EQ(pages.Controls(), std::vector<TControl*>{&kept});
+}
+
 TEST(ImageNote, ChoosesPicturesAndHoldsLockedBounds) {
   TImageNote strip(L"ImageNote_IE", nullptr, {0, 0, 162, 24});
   for (std::uint32_t color : {1U, 2U}) strip.Items().Add().Picture = {1, 1, {color}};

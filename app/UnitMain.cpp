@@ -255,6 +255,7 @@ void TFormMain::CreateNavigation() {
   // One pixel lower it would cover the line above the bottom panel.
   RzGroupBar = &Create<TGroupBar>(L"RzGroupBar", this, TRect{0, 70, 178, 363});
   RzGroupBar->SetSmallImages(ImageList1);
+  RzGroupBar->anchor = Anchor::Both;
   RzGroupContextMenu = &AddGroup(L"RzGroupContextMenu", 90, L"Context Menu", L"ImageNote_Menu",
                                  L"Label_Menu", kMenuHeaderPictures);
   RzGroupTarvelin = &AddGroup(L"RzGroupTarvelin", 170, L"Tarvelin", L"ImageNote_IE", L"Label_IE",
@@ -283,6 +284,7 @@ void TFormMain::CreatePages() {
   Panel_Right = &Create<TPanel>(L"Panel_Right", this, TRect{178, 69, 565, 364});
   PageNote1 = &Create<TPageNote>(L"PageNote1", Panel_Right, TRect{0, 0, 565, 364});
   const auto table = PageTable();
+  Panel_Right->anchor = PageNote1->anchor = Anchor::Both;
   for (std::size_t index = 0; index < table.size(); ++index) {
     const PageDescription& description = table[index];
     const auto page = static_cast<Page>(index);
@@ -293,12 +295,14 @@ void TFormMain::CreatePages() {
     controls.list = &Create<TListView>(std::wstring(description.listName), controls.page,
                                        TRect{0, 0, 566, 323}, description.columns);
     if (description.rowImages) controls.list->SetSmallImages(imgListPublic);
+    controls.list->anchor = Anchor::Both;
     controls.list->OnSelectItem = [this, page] { SelectItem(page); };
 
     if (page == Page::Settings) {
       chkBoxAll =
           &Create<TCheckBox>(L"chkBoxAll", controls.page, TRect{6, 334, 97, 17}, L"Select All");
       chkBoxAll->OnClick = [this] { chkBoxAllClick(); };
+      chkBoxAll->anchor = Anchor::Bottom;
       controls.list->OnItemChecked = [this] { lvHijackItemChecked(); };
       controls.list->OnDblClick = [this] { Button_ModifyClick(); };
     }
@@ -306,6 +310,7 @@ void TFormMain::CreatePages() {
       auto& created = Create<TButton>(std::wstring(button.name), controls.page,
                                       TRect{button.left, 330, button.width, 25}, button.caption);
       created.SetEnabled(false);
+      created.anchor = Anchor::Bottom;
       created.OnClick = [this, onClick = button.onClick] { (this->*onClick)(); };
       if (button.followsSelection) {
         controls.buttons.push_back(&created);
@@ -316,13 +321,15 @@ void TFormMain::CreatePages() {
     // Softer than the line of the bottom panel right below it, or the two would look like a thick
     // one.
     AddImage(L"img" + std::to_wstring(index + 2), *controls.page, {0, 363, 565, 1},
-             L"line-soft.png");
+             L"line-soft.png")
+        .anchor = Anchor::Bottom;
   }
 }
 
 void TFormMain::CreateBottom() {
   auto& bottom = Create<TPanel>(L"Panel_Bottom", this, TRect{0, 433, 743, 49});
   AddImage(L"img1", bottom, {0, 0, 743, 1}, L"line.png");
+  bottom.anchor = Anchor::Bottom;
   auto& close = Create<TButton>(L"btnClose", &bottom, TRect{638, 13, 90, 25}, L"Close");
   close.isCancel = true;
   close.OnClick = [this] { Close(); };

@@ -21,8 +21,19 @@ void TControl::Notify(Change change) {
 
 void TControl::SetBounds(const TRect& bounds) {
   if (bounds_ == bounds) return;
-  bounds_ = bounds;
+  StoreBounds(bounds);
   Notify(Change::Bounds);
+}
+
+void TControl::StoreBounds(const TRect& bounds) {
+  const int grown = bounds.height - bounds_.height;
+  bounds_ = bounds;
+  for (TControl* child : controls_) {
+    TRect place = child->Bounds();
+    if (child->anchor == Anchor::Bottom) place.top += grown;
+    if (child->anchor == Anchor::Both) place.height += grown;
+    child->SetBounds(place);
+  }
 }
 
 void TControl::SetCaption(std::wstring_view caption) {
@@ -294,6 +305,10 @@ void TForm::Close() {
   if (!Visible()) return;
   if (OnClose) OnClose();
   SetVisible(false);
+}
+
+void TForm::WindowResized(int clientWidth, int clientHeight) {
+  StoreBounds({0, 0, clientWidth, clientHeight});
 }
 
 }  // namespace tarvelin

@@ -71,6 +71,10 @@ class TComponent {
 // What changed in a control, told to its peer, which then reads the control.
 enum class Change { Bounds, Caption, Enabled, Visible, Color, Picture, Checked, Order, Focus };
 
+// What a control keeps when its parent becomes higher or lower: its distance from the upper edge,
+// that from the lower edge, or both, which changes its own height.
+enum class Anchor { Top, Bottom, Both };
+
 class ControlPeer {
  public:
   virtual ~ControlPeer() = default;
@@ -82,15 +86,17 @@ class ControlPeer {
 class TControl : public TComponent {
  public:
   TControl(std::wstring name, TControl* parent, TRect bounds);
+  // It leaves its parent; the children stay without one.
+  ~TControl() override;
 
   [[nodiscard]] TControl* Parent() const { return parent_; }
   // The children shown in this control, in creation order, which is the Tab order as well.
   [[nodiscard]] const std::vector<TControl*>& Controls() const { return controls_; }
-  // It leaves its parent; the children stay without one.
-  ~TControl() override;
 
   [[nodiscard]] const TRect& Bounds() const { return bounds_; }
+  // The children follow as their anchors say.
   virtual void SetBounds(const TRect& bounds);
+  Anchor anchor = Anchor::Top;
   [[nodiscard]] const std::wstring& Caption() const { return caption_; }
   void SetCaption(std::wstring_view caption);
   [[nodiscard]] bool Enabled() const { return enabled_; }
@@ -107,6 +113,7 @@ class TControl : public TComponent {
 
  protected:
   void Notify(Change change);
+  void StoreBounds(const TRect& bounds);                                // without telling the peer
   void StoreCaption(std::wstring_view caption) { caption_ = caption; }  // without telling the peer
   [[nodiscard]] TranslatableText CaptionText();
 
@@ -334,6 +341,10 @@ class TForm : public TControl {
   void ShowModal();
   // Runs OnClose and hides the window.
   void Close();
+
+  // From the peer: the client area that the window really has, which may be lower than the one that
+  // was asked for.
+  void WindowResized(int clientWidth, int clientHeight);
 };
 
 class FormPeer : public ControlPeer {

@@ -31,6 +31,7 @@ FormWindow::FormWindow(TForm& form, PeerContext& context, const FormFrame& frame
       style_(WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN |
              (frame.owner ? WS_POPUP : WS_OVERLAPPED | WS_MINIMIZEBOX)) {
   CreateOwn({(L"T" + form.Name()).c_str(), style_, WS_EX_CONTROLPARENT, frame.owner});
+  FollowWindow();
   context.loop.AddForm(Handle());
   // Focus rectangles and underlines are shown once the keyboard is used, or as the user set it.
   SendMessageW(Handle(), WM_CHANGEUISTATE, MAKEWPARAM(UIS_INITIALIZE, 0), 0);
@@ -53,6 +54,13 @@ RECT FormWindow::WindowBounds() const {
                   limit(frame.bottom - frame.top, frame_.minimum.cy, frame_.maximum.cy)};
   const POINT corner = Centred(size, frame_.owner);
   return {corner.x, corner.y, corner.x + size.cx, corner.y + size.cy};
+}
+
+// A high caption bar, as for large text, takes its part of a window whose height is limited.
+void FormWindow::FollowWindow() {
+  RECT client{};
+  GetClientRect(Handle(), &client);
+  form_.WindowResized(client.right, client.bottom);
 }
 
 // ---- Showing and closing ----
@@ -137,6 +145,9 @@ LRESULT FormWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
       return 0;
     case WM_ACTIVATE:
       if (LOWORD(wParam) == WA_INACTIVE && IsChild(Handle(), GetFocus())) lastFocus_ = GetFocus();
+      break;
+    case WM_SIZE:
+      if (wParam != SIZE_MINIMIZED) FollowWindow();
       break;
     case WM_SETFOCUS:
       RestoreFocus();

@@ -30,6 +30,7 @@ class FormWindow : public WindowPeer<FormPeer, ContainerWindow> {
   void Apply(Change change) override;
 
  private:
+  void FollowWindow();
   void RestoreFocus();
   void Hide();
   [[nodiscard]] LRESULT DefaultButtonId() const;

@@ -90,6 +90,31 @@ TEST_F(MainForm, StartsWithTheShellPageFilled) {
   }
 }
 
+TEST_F(MainForm, AHighCaptionBarCutsNothingOff) {
+  Start();
+  const auto places = [this] {
+    std::map<std::wstring, TRect> all;
+    for (const auto& component : form_->Components()) {
+      if (const auto* control = dynamic_cast<TControl*>(component.get())) {
+        all[control->Name()] = control->Bounds();
+      }
+    }
+    return all;
+  };
+  const auto usual = places();
+  form_->WindowResized(743, 440);
+  const auto low = places();
+  EXPECT_EQ(low.at(L"Panel_Bottom"), (TRect{0, 391, 743, 49}));
+  EXPECT_EQ(low.at(L"RzGroupBar"), (TRect{0, 70, 178, 321}));
+  EXPECT_EQ(low.at(L"PageNote1"), (TRect{0, 0, 565, 322}));
+  EXPECT_EQ(low.at(L"lvHijack"), (TRect{0, 0, 566, 281}));
+  for (const wchar_t* foot : {L"btnSEKey", L"chkBoxAll", L"Button_Restore", L"img11"}) {
+    EXPECT_EQ(low.at(foot).top, usual.at(foot).top - 42) << ToUtf8(foot);
+  }
+  form_->WindowResized(743, 482);
+  EXPECT_EQ(places(), usual);
+}
+
 TEST_F(MainForm, HeadersShowWhichGroupsAreOpen) {
   Start();
   auto& menu = Find<TImageNote>(L"ImageNote_Menu");

@@ -152,6 +152,44 @@ TEST_F(WindowTest, HasAFixedSizeAndOwnsItsDialog) {
   EXPECT_EQ(app_.Close(), 0U);
 }
 
+TEST_F(WindowTest, AHighCaptionBarCutsNothingOff) {
+  const auto distance = [](HWND above, HWND below) {
+    RECT upper{}, lower{};
+    GetWindowRect(above, &upper);
+    GetWindowRect(below, &lower);
+    return lower.top - upper.bottom;
+  };
+  const auto toTheFoot = [](const Program& app) {
+    RECT close{}, client{};
+    GetWindowRect(app.Button(L"Close"), &close);
+    GetClientRect(app.Window(), &client);
+    MapWindowPoints(app.Window(), nullptr, reinterpret_cast<POINT*>(&client), 2);
+    return client.bottom - close.bottom;
+  };
+  const LONG foot = toTheFoot(app_);
+  const LONG below = distance(app_.List(), app_.Button(L"Remove"));
+  EXPECT_EQ(app_.Close(), 0U);
+
+  NONCLIENTMETRICSW metrics{};
+  metrics.cbSize = sizeof metrics;
+  ASSERT_TRUE(SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0));
+  NONCLIENTMETRICSW high = metrics;
+  high.iCaptionHeight += 40;
+  SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof high, &high, SPIF_UPDATEINIFILE);
+  {
+    const Program app;
+    RECT frame{}, client{};
+    GetWindowRect(app.Window(), &frame);
+    GetClientRect(app.Window(), &client);
+    EXPECT_EQ(frame.bottom - frame.top, 514);
+    EXPECT_LT(client.bottom, 482 - 30);
+    EXPECT_EQ(toTheFoot(app), foot);
+    EXPECT_EQ(distance(app.List(), app.Button(L"Remove")), below);
+    EXPECT_GT(distance(app.Button(L"Remove"), app.Button(L"Close")), 0);
+  }
+  SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof metrics, &metrics, SPIF_UPDATEINIFILE);
+}
+
 TEST_F(WindowTest, ASecondStartRaisesTheFirst) {
   const std::wstring exe = CopyProgram(L"C:\\Elsewhere");
   const auto startAgain = [&] { EXPECT_EQ(RunToEnd(L"\"" + exe + L"\""), 0U); };

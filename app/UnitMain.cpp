@@ -1,5 +1,6 @@
 #include "app/UnitMain.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -254,8 +255,8 @@ void TFormMain::CreateNavigation() {
 
   // One pixel lower it would cover the line above the bottom panel.
   RzGroupBar = &Create<TGroupBar>(L"RzGroupBar", this, TRect{0, 70, 178, 363});
-  RzGroupBar->SetSmallImages(ImageList1);
   RzGroupBar->anchor = Anchor::Both;
+  RzGroupBar->SetSmallImages(ImageList1);
   RzGroupContextMenu = &AddGroup(L"RzGroupContextMenu", 90, L"Context Menu", L"ImageNote_Menu",
                                  L"Label_Menu", kMenuHeaderPictures);
   RzGroupTarvelin = &AddGroup(L"RzGroupTarvelin", 170, L"Tarvelin", L"ImageNote_IE", L"Label_IE",
@@ -283,8 +284,8 @@ TGroup& TFormMain::AddGroup(std::wstring_view name, int height, std::wstring_vie
 void TFormMain::CreatePages() {
   Panel_Right = &Create<TPanel>(L"Panel_Right", this, TRect{178, 69, 565, 364});
   PageNote1 = &Create<TPageNote>(L"PageNote1", Panel_Right, TRect{0, 0, 565, 364});
-  const auto table = PageTable();
   Panel_Right->anchor = PageNote1->anchor = Anchor::Both;
+  const auto table = PageTable();
   for (std::size_t index = 0; index < table.size(); ++index) {
     const PageDescription& description = table[index];
     const auto page = static_cast<Page>(index);
@@ -294,23 +295,23 @@ void TFormMain::CreatePages() {
     PageNote1->InsertPage(*controls.page);
     controls.list = &Create<TListView>(std::wstring(description.listName), controls.page,
                                        TRect{0, 0, 566, 323}, description.columns);
-    if (description.rowImages) controls.list->SetSmallImages(imgListPublic);
     controls.list->anchor = Anchor::Both;
+    if (description.rowImages) controls.list->SetSmallImages(imgListPublic);
     controls.list->OnSelectItem = [this, page] { SelectItem(page); };
 
     if (page == Page::Settings) {
       chkBoxAll =
           &Create<TCheckBox>(L"chkBoxAll", controls.page, TRect{6, 334, 97, 17}, L"Select All");
-      chkBoxAll->OnClick = [this] { chkBoxAllClick(); };
       chkBoxAll->anchor = Anchor::Bottom;
+      chkBoxAll->OnClick = [this] { chkBoxAllClick(); };
       controls.list->OnItemChecked = [this] { lvHijackItemChecked(); };
       controls.list->OnDblClick = [this] { Button_ModifyClick(); };
     }
     for (const ButtonDescription& button : description.buttons) {
       auto& created = Create<TButton>(std::wstring(button.name), controls.page,
                                       TRect{button.left, 330, button.width, 25}, button.caption);
-      created.SetEnabled(false);
       created.anchor = Anchor::Bottom;
+      created.SetEnabled(false);
       created.OnClick = [this, onClick = button.onClick] { (this->*onClick)(); };
       if (button.followsSelection) {
         controls.buttons.push_back(&created);
@@ -328,8 +329,8 @@ void TFormMain::CreatePages() {
 
 void TFormMain::CreateBottom() {
   auto& bottom = Create<TPanel>(L"Panel_Bottom", this, TRect{0, 433, 743, 49});
-  AddImage(L"img1", bottom, {0, 0, 743, 1}, L"line.png");
   bottom.anchor = Anchor::Bottom;
+  AddImage(L"img1", bottom, {0, 0, 743, 1}, L"line.png");
   auto& close = Create<TButton>(L"btnClose", &bottom, TRect{638, 13, 90, 25}, L"Close");
   close.isCancel = true;
   close.OnClick = [this] { Close(); };
@@ -378,16 +379,19 @@ void TFormMain::FormShow() {
       const std::wstring key = group->Name() + L".Items[" + std::to_wstring(index) + L"].Caption";
       item.SetCaption(language_->ReadText(kMainSection, key, item.Caption()));
     }
+    group->SetCaption(group->HeaderLabel()->Caption());
   }
-  // Screen readers read a list's caption, which is not shown, as its name.
+  // Screen readers read the captions of groups and lists, which are not shown, as their names.
   for (const PageControls& page : pages_) page.list->SetCaption(page.item->Caption());
 
   PageNote1->SetBounds({0, 0, Panel_Right->Bounds().width, Panel_Right->Bounds().height});
 
   TRect bounds = chkBoxAll->Bounds();
-  bounds.width = static_cast<int>(std::lrint(platform_.display.PixelsPerInch() / 96.0 *
-                                             platform_.display.TextWidth(chkBoxAll->Caption()))) +
-                 25;
+  const int wanted =
+      static_cast<int>(std::lrint(platform_.display.PixelsPerInch() / 96.0 *
+                                  platform_.display.TextWidth(chkBoxAll->Caption())));
+  const int room = Controls(Page::Settings).buttons.front()->Bounds().left - bounds.left;
+  bounds.width = std::min(wanted + 25, room);
   chkBoxAll->SetBounds(bounds);
 
   // The window appears even when its first page cannot be read.

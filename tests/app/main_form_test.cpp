@@ -199,6 +199,8 @@ TEST_F(MainForm, SpeaksTheLanguageOfTheSettingsFile) {
   world_.files.Add(L"C:\\Program\\Toolbox_Language\\Test.lng",
                    "[Tarvelin_FormMain]\nbtnClose.Caption=Zu\nRzGroupTarvelin.Items[4].Caption=H\n"
                    "FormMain.Caption=T!\nlvBHO.Columns[1].Caption=Wer\nPanel_Top.Caption=no\n"
+                   "Label_Menu.Caption=Kontext\n"
+                   "chkBoxAll.Caption=Alle Einstellungen dieser Seite markieren\n"
                    "[Tarvelin_M]\nM_Warning=\nM_Drive=Platte\n");
   world_.files.profile
       [L"C:\\Users\\u\\AppData\\Roaming\\Corvane\\Halvicore V4\\Main.ini|Main|"
@@ -208,6 +210,8 @@ TEST_F(MainForm, SpeaksTheLanguageOfTheSettingsFile) {
   EXPECT_EQ(form_->Caption(), L"T!");
   EXPECT_EQ(List(L"lvBHO").Columns()[1].caption, L"Wer");
   EXPECT_EQ(Find<TPanel>(L"Panel_Top").Caption(), L"");
+  EXPECT_EQ(Find<TGroupBar>(L"RzGroupBar").Groups()[0]->Caption(), L"Kontext");
+  EXPECT_EQ(Find<TCheckBox>(L"chkBoxAll").Bounds(), (TRect{6, 334, 229, 17})) << "up to Modify";
   EXPECT_EQ(List(L"lvShellList").Item(1).subItems[0], L"Platte(ContextMenu)");
   Visit(L"H");
   EXPECT_EQ(ActivePage(), L"PageTab_IE_BHO");

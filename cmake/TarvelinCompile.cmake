@@ -26,7 +26,7 @@ endif()
 if(WIN32)
   target_compile_definitions(tarvelin_options INTERFACE UNICODE _UNICODE WIN32_LEAN_AND_MEAN
                              NOMINMAX STRICT _WIN32_WINNT=0x0601 WINVER=0x0601)
-  target_link_libraries(tarvelin_options INTERFACE comctl32 msimg32 uxtheme oleacc version shlwapi
+  target_link_libraries(tarvelin_options INTERFACE comctl32 msimg32 oleacc version shlwapi
                         shell32 ole32 oleaut32 uuid gdi32 user32 advapi32 ntdll)
 endif()
 

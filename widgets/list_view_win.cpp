@@ -1,7 +1,6 @@
 #include <windows.h>
 
 #include <commctrl.h>
-#include <uxtheme.h>
 
 #include <algorithm>
 #include <string_view>
@@ -83,6 +82,7 @@ class ListPeer : public WindowPeer<ListViewPeer> {
   void SetState(int index, UINT state, UINT mask);
   void ShowRow(int index);
   void FillIn(LVITEMW& item) const;
+  LRESULT DrawRow(NMLVCUSTOMDRAW& draw) const;
   void RowReported(const NMLISTVIEW& change);
   void ReportSelection(int index);
   void ColumnReported(const NMHEADERW& change);
@@ -104,7 +104,6 @@ ListPeer::ListPeer(TListView& list, PeerContext& context, FormWindow& form, HWND
                 0, parent, form.AddControl()});
   const DWORD style = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_INFOTIP | LVS_EX_LABELTIP;
   Send(LVM_SETEXTENDEDLISTVIEWSTYLE, style, style);
-  SetWindowTheme(Handle(), L"Explorer", nullptr);
   if (const auto images = ImagesOf(list.SmallImages())) {
     Send(LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(images));
   }
@@ -244,6 +243,8 @@ std::optional<LRESULT> ListPeer::Reflected(UINT message, WPARAM, LPARAM lParam) 
     case LVN_GETDISPINFOW:
       FillIn(reinterpret_cast<NMLVDISPINFOW*>(lParam)->item);
       return 0;
+    case NM_CUSTOMDRAW:
+      return DrawRow(*reinterpret_cast<NMLVCUSTOMDRAW*>(lParam));
     case LVN_ITEMCHANGED:
       if (!mirroring_) RowReported(*reinterpret_cast<const NMLISTVIEW*>(lParam));
       return 0;
@@ -273,6 +274,23 @@ void ListPeer::FillIn(LVITEMW& item) const {
     const auto room = static_cast<std::size_t>(item.cchTextMax) - 1;
     item.pszText[text.copy(item.pszText, room)] = L'\0';
   }
+}
+
+// The control shows the selected row of a list without the focus in a colour that can hardly be
+// told from the background. It is the row that the page's buttons act on, so it looks selected
+// always.
+LRESULT ListPeer::DrawRow(NMLVCUSTOMDRAW& draw) const {
+  if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
+  if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT ||
+      static_cast<int>(draw.nmcd.dwItemSpec) != list_.SelectedIndex()) {
+    return CDRF_DODEFAULT;
+  }
+  draw.nmcd.uItemState &= ~static_cast<UINT>(CDIS_SELECTED);
+  draw.clrText = GetSysColor(COLOR_HIGHLIGHTTEXT);
+  draw.clrTextBk = GetSysColor(COLOR_HIGHLIGHT);
+  // What lies between the texts takes the colour from below.
+  Fill(draw.nmcd.hdc, draw.nmcd.rc, draw.clrTextBk);
+  return CDRF_NEWFONT;
 }
 
 void ListPeer::RowReported(const NMLISTVIEW& change) {

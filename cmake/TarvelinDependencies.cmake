@@ -1,3 +1,3 @@
-# The libraries that decode the artwork, and the test framework.
+# The libraries that decode the artwork.
 find_package(PNG REQUIRED)
 find_package(JPEG REQUIRED)

@@ -1,27 +1,30 @@
 # Tarvelin.exe with its resources, and the language files beside it.
+add_executable(Tarvelin WIN32 app/main_win.cpp)
+target_link_libraries(Tarvelin PRIVATE tarvelin_app)
+if(MINGW)
+  target_link_options(Tarvelin PRIVATE -municode)
+endif()
+add_subdirectory(resources)
 
-if(EXISTS "${CMAKE_SOURCE_DIR}/app/main_win.cpp")
-  add_executable(Tarvelin WIN32 app/main_win.cpp)
-  target_link_libraries(Tarvelin PRIVATE tarvelin_app)
-  if(MINGW)
-    target_link_options(Tarvelin PRIVATE -municode)
-  endif()
+# A language that was taken out goes from the build folder as well.
+file(GLOB languages CONFIGURE_DEPENDS resources/languages/*.lng)
+set(language_dir "${CMAKE_BINARY_DIR}/Toolbox_Language")
+set(language_stamp "${CMAKE_BINARY_DIR}/languages.stamp")
+if(CMAKE_CONFIGURATION_TYPES)
+  set(language_dir "${CMAKE_BINARY_DIR}/$<CONFIG>/Toolbox_Language")
+  set(language_stamp "${CMAKE_BINARY_DIR}/languages-$<CONFIG>.stamp")
+endif()
+add_custom_command(OUTPUT "${language_stamp}"
+                   COMMAND "${CMAKE_COMMAND}" -E rm -rf "${language_dir}"
+                   COMMAND "${CMAKE_COMMAND}" -E make_directory "${language_dir}"
+                   COMMAND "${CMAKE_COMMAND}" -E copy ${languages} "${language_dir}"
+                   COMMAND "${CMAKE_COMMAND}" -E touch "${language_stamp}"
+                   DEPENDS ${languages} VERBATIM)
+add_custom_target(tarvelin_languages ALL DEPENDS "${language_stamp}")
 
-  # The resource compiler does not report what a script includes: every file there counts.
-  file(GLOB artwork CONFIGURE_DEPENDS resources/*)
-  if(EXISTS "${CMAKE_SOURCE_DIR}/resources/CMakeLists.txt")
-    add_subdirectory(resources)
-  elseif(EXISTS "${CMAKE_SOURCE_DIR}/resources/tarvelin.rc")
-    target_sources(Tarvelin PRIVATE resources/tarvelin.rc)
-    set_source_files_properties(resources/tarvelin.rc PROPERTIES OBJECT_DEPENDS "${artwork}")
-  endif()
-
-  file(GLOB languages CONFIGURE_DEPENDS resources/languages/*.lng)
-  if(languages)
-    set(language_dir "$<TARGET_FILE_DIR:Tarvelin>/Toolbox_Language")
-    add_custom_target(tarvelin_languages ALL
-                      COMMAND "${CMAKE_COMMAND}" -E rm -rf "${language_dir}"
-                      COMMAND "${CMAKE_COMMAND}" -E make_directory "${language_dir}"
-                      COMMAND "${CMAKE_COMMAND}" -E copy ${languages} "${language_dir}")
-  endif()
+if(MINGW)
+  add_test(NAME check_exe_${TARVELIN_ARCH}
+           COMMAND "${CMAKE_SOURCE_DIR}/tools/check-exe.py" $<TARGET_FILE:Tarvelin>
+                   ${PROJECT_VERSION})
+  set_tests_properties(check_exe_${TARVELIN_ARCH} PROPERTIES LABELS check)
 endif()

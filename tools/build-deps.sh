@@ -82,6 +82,8 @@ build_one() { # PRESET PACKAGE OPTIONS...
   echo "build-deps: building $package for $preset"
   cmake -G Ninja -S "src/$package" -B "$preset.build/$package" \
     -DCMAKE_TOOLCHAIN_FILE="$root/cmake/$preset.cmake" -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_C_FLAGS="-ffunction-sections -fdata-sections -fstack-protector-strong" \
+    -DCMAKE_C_FLAGS_RELEASE="-O2 -DNDEBUG" \
     -DCMAKE_INSTALL_PREFIX="$deps/$preset.new" "$@"
   cmake --build "$preset.build/$package" --target install
 }
@@ -93,6 +95,17 @@ build() {
   build_one "$preset" libjpeg-turbo -DENABLE_SHARED=OFF -DWITH_TURBOJPEG=OFF -DWITH_SIMD=OFF
   cat src/libpng1.6/LICENSE src/libjpeg-turbo/LICENSE.md /usr/share/doc/libz-mingw-w64-dev/copyright \
     /usr/share/doc/mingw-w64-common/copyright >"$preset.new/licenses.txt"
+  # The package versions of all that a program is linked with.
+  local arch=x86-64 package
+  [ "$preset" = mingw-x64 ] || arch=i686
+  {
+    for package in libpng1.6 libjpeg-turbo; do
+      echo "$package $(dpkg-parsechangelog -S Version -l "src/$package/debian/changelog")"
+    done
+    dpkg-query -W -f='zlib ${Version}\n' libz-mingw-w64-dev
+    dpkg-query -W -f='mingw-w64 ${Version}\n' "mingw-w64-$arch-dev"
+    dpkg-query -W -f='gcc ${Version}\n' "g++-mingw-w64-$arch-posix"
+  } >"$preset.new/versions"
   echo "$stamp" >"$preset.new/stamp"
   rm -rf "$preset.build" "$preset"
   mv "$preset.new" "$preset"

@@ -10,7 +10,7 @@ for purpose in "$@"; do
         libz-mingw-w64-dev googletest dpkg-dev ca-certificates)
       ;;
     test)
-      packages+=(libpng-dev libjpeg62-turbo-dev clang-format-14 clang-tidy-14
+      packages+=(libpng-dev libjpeg62-turbo-dev clang-format-14 clang-tidy-14 python3-pefile
         wine wine64 fonts-wine fonts-droid-fallback)
       ;;
     run)

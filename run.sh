@@ -26,15 +26,22 @@ trap cleanup EXIT
 sample/fill-prefix.sh "$prefix" build/mingw-x64
 eval "$(tools/wine-prefix.sh env "$prefix")"
 
+start_display() {
+  exec 3< <(exec Xvfb -displayfd 1 -screen 0 1280x1024x24 -nolisten tcp 2>build/xvfb.log)
+  xvfb=$!
+  read -r -t 20 number <&3 || { cat build/xvfb.log >&2; exit 1; }
+  export DISPLAY=:$number
+}
+[ $mode = screen ] || start_display
+
+echo "== Counting the rows of every page"
+timeout 120 wine build/mingw-x64/sample/count_rows.exe "Z:${PWD//\//\\}\\build\\mingw-x64\\Tarvelin.exe"
+
 if [ $mode = screen ]; then
   echo "== Running; close the window to end"
   wine build/mingw-x64/Tarvelin.exe
 else
   echo "== No display: saving a picture of each page"
-  exec 3< <(exec Xvfb -displayfd 1 -screen 0 1280x1024x24 -nolisten tcp 2>build/xvfb.log)
-  xvfb=$!
-  read -r -t 20 number <&3 || { cat build/xvfb.log >&2; exit 1; }
-  export DISPLAY=:$number
   wine build/mingw-x64/Tarvelin.exe &
   tools/screenshots.sh build/screenshots
 

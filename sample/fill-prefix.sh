@@ -46,5 +46,6 @@ folder=C:${send_to#"$drive"}
   printf '\n[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\'
   printf 'Shell Folders]\n"SendTo"="%s"\n' "${folder//\//\\\\}"
 } | sed 's/$/\r/' | iconv -f UTF-8 -t UTF-16 >"$registry"
-wine regedit /S "Z:${registry//\//\\}"
+# Where Wine has both bitnesses it starts the 32-bit tools first; the view is named.
+wine reg import "Z:${registry//\//\\}" /reg:64
 wineserver -k -w || true

@@ -239,8 +239,10 @@ void ImportSample() {
   const std::string text(std::istreambuf_iterator<char>(source), {});
   const Bytes utf16 = ToUtf16Le(L'\xFEFF' + FromUtf8(std::as_bytes(std::span(text))));
   WriteFileBytes(L"C:\\sample.reg", {reinterpret_cast<const char*>(utf16.data()), utf16.size()});
-  Require(RunToEnd(L"C:\\windows\\regedit.exe /S C:\\sample.reg") == 0, L"cannot import",
-          L"sample.reg");
+  // Where Wine has both bitnesses regedit may be of the other one and fill the other view.
+  const std::wstring view = sizeof(void*) == 8 ? L"64" : L"32";
+  Require(RunToEnd(L"C:\\windows\\system32\\reg.exe import C:\\sample.reg /reg:" + view) == 0,
+          L"cannot import", L"sample.reg");
 }
 
 void WriteFileBytes(const std::wstring& path, std::string_view bytes) {

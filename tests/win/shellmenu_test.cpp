@@ -48,6 +48,8 @@ class ShellMenu : public ::testing::Test {
          {L"*", L"Directory", L"Drive", L".tva", L".tvb", L".tvc", L"CLSID", L"Interface"}) {
       DeleteKey(kClasses + key);
     }
+    // A file that a failed test left read-only would withstand.
+    SetFileAttributesW((kSendTo + L"\\fixed.lnk").c_str(), FILE_ATTRIBUTE_NORMAL);
     std::filesystem::remove_all(kSendTo);
     std::filesystem::create_directories(kSendTo);
     WriteText(L"HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders",

@@ -14,7 +14,7 @@ for preset in native mingw-x64 mingw-x86; do
 done
 tools/wine-prefix.sh base
 
-# One run over the tests of both builds.
-echo 'subdirs("native" "mingw-x64")' >build/CTestTestfile.cmake
+# One run over the tests of all builds.
+echo 'subdirs("native" "mingw-x64" "mingw-x86")' >build/CTestTestfile.cmake
 echo "== Testing"
 ctest --test-dir build --output-on-failure --no-tests=error -j "$(nproc)" "$@"

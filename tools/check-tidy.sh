@@ -10,7 +10,9 @@ tidy=clang-tidy-14
 command -v $tidy >/dev/null || tidy=clang-tidy
 cache=$build/tidy
 mkdir -p "$cache"
-settings=$(cat .clang-tidy tools/check-tidy.sh "$build/CMakeCache.txt" && $tidy --version)
+# What the compiler is told, without the names of the sources.
+settings=$(cat .clang-tidy tools/check-tidy.sh && $tidy --version &&
+  sed -n 's/^  "command": \(.*\) -o .*/\1/p' "$build/compile_commands.json" | sort -u)
 
 # Each line: a source of ours and the headers of ours that its object was made from.
 sources=$(ninja -C "$build" -t deps | awk -v root="$PWD/" '

@@ -7,7 +7,8 @@
 namespace tarvelin {
 namespace {
 
-constexpr std::wstring_view kClasses = L"SOFTWARE\\Classes";
+// Of the user and of the machine alike; HKEY_CLASSES_ROOT shows both together.
+constexpr std::wstring_view kClassesPath = L"SOFTWARE\\Classes";
 
 struct KeyName {
   RootKey root;
@@ -69,27 +70,77 @@ bool IsWithin(std::wstring_view path, std::wstring_view ancestor) {
   return SameText(path.substr(0, ancestor.size()), ancestor);
 }
 
-// Whether the key is a root, one of the protected keys or above one of them.
-bool IsProtected(RootKey root, std::wstring path) {
-  if (root == RootKey::Users) {
-    // HKEY_USERS\<sid> is a user's root and HKEY_USERS\<sid>_Classes are that user's classes.
+// `path` without the components by which a 32-bit program's part of the registry differs.
+std::wstring WithoutView(std::wstring_view path) {
+  constexpr std::wstring_view view = L"Wow6432Node";
+  std::wstring plain;
+  for (bool more = true; more;) {
     const auto end = path.find(L'\\');
-    if (end == std::wstring::npos) return true;
-    constexpr std::wstring_view suffix = L"_Classes";
-    const auto user = std::wstring_view(path).substr(0, end);
-    const bool classes =
-        user.size() > suffix.size() && SameText(user.substr(user.size() - suffix.size()), suffix);
+    const auto component = path.substr(0, end);
+    more = end != std::wstring_view::npos;
+    if (more) path.remove_prefix(end + 1);
+    if (SameText(component, view)) continue;
+    if (!plain.empty()) plain += L'\\';
+    plain += component;
+  }
+  return plain;
+}
+
+// Takes "<user>_Classes\...", below HKEY_USERS, for "<user>\Software\Classes\...": a user's classes
+// are a hive of their own, and the second is a link to it.
+std::wstring InUserHive(const std::wstring& path) {
+  constexpr std::wstring_view suffix = L"_Classes";
+  const std::size_t end = std::min(path.find(L'\\'), path.size());
+  if (end <= suffix.size() ||
+      !SameText(std::wstring_view(path).substr(end - suffix.size(), suffix.size()), suffix)) {
+    return path;
+  }
+  return path.substr(0, end - suffix.size()) + L"\\" + std::wstring(kClassesPath) +
+         path.substr(end);
+}
+
+// Whether the system's own names of two keys mean the same place, as far as a program that goes by
+// paths can tell.
+bool IsSamePlace(std::wstring_view a, std::wstring_view b) {
+  const auto plain = [](std::wstring_view name) {
+    constexpr std::wstring_view users = L"\\REGISTRY\\USER\\";
+    if (!SameText(name.substr(0, users.size()), users)) return WithoutView(name);
+    return InUserHive(WithoutView(name.substr(users.size())));
+  };
+  return SameText(plain(a), plain(b));
+}
+
+// Whether the key is a root, one of the protected keys or above one of them.
+bool IsProtected(RootKey root, std::wstring_view keyPath) {
+  std::wstring path = WithoutView(keyPath);
+  if (root == RootKey::Users) {
+    path = InUserHive(path);
+    const auto end = path.find(L'\\');
+    if (end == std::wstring::npos) return true;  // a user's root
     path.erase(0, end + 1);
-    root = classes ? RootKey::ClassesRoot : RootKey::CurrentUser;
+    root = RootKey::CurrentUser;
   }
   if (root == RootKey::ClassesRoot) {
-    path = Join(kClasses, path);
+    path = Join(kClassesPath, path);
     root = RootKey::LocalMachine;
   }
-  if (root == RootKey::CurrentUser && IsWithin(path, kClasses)) root = RootKey::LocalMachine;
+  if (root == RootKey::CurrentUser && IsWithin(path, kClassesPath)) root = RootKey::LocalMachine;
   return std::any_of(kProtected.begin(), kProtected.end(), [&](const KeyName& key) {
     return key.root == root && IsWithin(key.path, path);
   });
+}
+
+// Deletes the key at a path below a root of its own, if it really is there and not where a link in
+// the middle of the path leads: what protects a key and what the user confirmed go by the path. The
+// first component tells where the root really is; nothing stands in between.
+bool RemoveAt(RegistryBackend& backend, RootKey root, const std::wstring& path) {
+  const auto rootKey = backend.Root(root);
+  const auto key = rootKey->OpenToRemove(path);
+  if (!key) return false;
+  const std::size_t end = std::min(path.find(L'\\'), path.size());
+  const std::wstring first = rootKey->RealName(path.substr(0, end));
+  if (first.empty() || !IsSamePlace(key->RealName({}), first + path.substr(end))) return false;
+  return key->RemoveTree();
 }
 
 std::wstring ShownName(std::wstring_view name) {
@@ -103,15 +154,15 @@ TRegistryError WrongType(std::wstring_view name) {
 
 }  // namespace
 
-// A path that names something: relative to `base`, or to the root when that is null.
 struct TRegistry::Place {
-  const RegistryKey* base;
-  std::wstring path;
-  std::wstring fullPath;  // below the root
+  const RegistryKey& from;  // the root or the open key
+  std::wstring path;        // below that
+  std::wstring fullPath;    // below the root
 };
 
+TRegistry::TRegistry(RegistryBackend& backend) : backend_(backend), rootKey_(backend.Root(root_)) {}
+
 std::optional<TRegistry::Place> TRegistry::Resolve(std::wstring_view path) const {
-  if (HasNul(path)) return std::nullopt;
   const bool absolute = !path.empty() && path.front() == L'\\';
   if (absolute) path.remove_prefix(1);
   if (!path.empty() && path.back() == L'\\') {
@@ -121,21 +172,29 @@ std::optional<TRegistry::Place> TRegistry::Resolve(std::wstring_view path) const
   if (!path.empty() && (path.front() == L'\\' || path.back() == L'\\')) return std::nullopt;
   if (path.find(L"\\\\") != std::wstring_view::npos) return std::nullopt;
 
-  if (absolute || !key_) return Place{nullptr, std::wstring(path), std::wstring(path)};
-  return Place{key_.get(), std::wstring(path), Join(keyPath_, path)};
+  if (absolute || !key_) return Place{*rootKey_, std::wstring(path), std::wstring(path)};
+  return Place{*key_, std::wstring(path), Join(keyPath_, path)};
 }
 
 void TRegistry::SetRootKey(RootKey root) {
   if (root == root_) return;
   CloseKey();
   root_ = root;
+  rootKey_ = backend_.Root(root);
+}
+
+std::unique_ptr<RegistryKey> TRegistry::OpenAt(const Place& place, RegistryAccess access) const {
+  return HasNul(place.path) ? nullptr : place.from.Open(place.path, access);
 }
 
 bool TRegistry::OpenWith(std::wstring_view path, RegistryAccess access, bool canCreate) {
   auto place = Resolve(path);
   if (!place) return false;
-  auto key = canCreate ? backend_.Create(root_, place->base, place->path)
-                       : backend_.Open(root_, place->base, place->path, access);
+  // What an empty path names is there already, and creating it would give a 32-bit program another
+  // key below HKEY_CLASSES_ROOT.
+  auto key = canCreate && !place->path.empty() && !HasNul(place->path)
+                 ? place->from.Create(place->path)
+                 : OpenAt(*place, access);
   if (!key) return false;
   key_ = std::move(key);
   keyPath_ = std::move(place->fullPath);
@@ -157,7 +216,7 @@ void TRegistry::CloseKey() {
 
 bool TRegistry::KeyExists(std::wstring_view path) const {
   const auto place = Resolve(path);
-  return place && backend_.Open(root_, place->base, place->path, RegistryAccess::Read) != nullptr;
+  return place && OpenAt(*place, RegistryAccess::Read) != nullptr;
 }
 
 std::optional<RegistryValue> TRegistry::Query(std::wstring_view name) const {
@@ -227,7 +286,15 @@ bool TRegistry::DeleteKey(std::wstring_view path) {
   const auto place = Resolve(path);
   // A relative path that is empty would be the open key itself, which no removal means.
   if (!place || place->path.empty() || IsProtected(root_, place->fullPath)) return false;
-  return backend_.RemoveTree(root_, place->base, place->path);
+  if (root_ != RootKey::ClassesRoot) return RemoveAt(backend_, root_, place->fullPath);
+
+  // The user's key stands in front of the machine's of the same name, which would come to light. If
+  // one of them is refused, what it names is listed again by the next reading, as after any removal
+  // that is refused.
+  const std::wstring below = Join(kClassesPath, place->fullPath);
+  const bool users = RemoveAt(backend_, RootKey::CurrentUser, below);
+  const bool machines = RemoveAt(backend_, RootKey::LocalMachine, below);
+  return (users || machines) && !KeyExists(path);
 }
 
 RegistryLocation SplitLocation(std::wstring_view location) {

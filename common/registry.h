@@ -39,11 +39,36 @@ struct RegistryValue {
 
 enum class RegistryAccess { Read, Full };
 
-// An open key; destroying it closes it. Names are passed and returned whole: a returned name may
-// hold any character, NUL included; a name passed in never holds NUL.
+// A root or an open key; destroying it closes it. A path is relative to it; it has no leading,
+// trailing or doubled backslash, and where nothing else is said no NUL. A returned name is whole:
+// it may hold any character, NUL included.
 class RegistryKey {
  public:
   virtual ~RegistryKey() = default;
+
+  // The opened key, this one once more for an empty path; null when it is missing or access is
+  // denied (RegOpenKeyExW). A registry link is followed.
+  [[nodiscard]] virtual std::unique_ptr<RegistryKey> Open(const std::wstring& path,
+                                                          RegistryAccess access) const = 0;
+
+  // The opened key with full access, created with its missing parents if need be, or null when that
+  // is refused (RegCreateKeyExW). The path is not empty.
+  [[nodiscard]] virtual std::unique_ptr<RegistryKey> Create(const std::wstring& path) const = 0;
+
+  // The key opened for RemoveTree and nothing else, null when it is missing or may not be deleted.
+  // A link at the end of the path is opened itself. Names may hold NULs, but not those directly
+  // below a root. The path is not empty.
+  [[nodiscard]] virtual std::unique_ptr<RegistryKey> OpenToRemove(
+      const std::wstring& path) const = 0;
+
+  // Deletes the key and everything below it, subkeys first; links are deleted and never followed.
+  // False when something of it stays, whatever else of it has gone by then.
+  [[nodiscard]] virtual bool RemoveTree() = 0;
+
+  // The system's own name of the key at `path`, or of this one for an empty path, which tells where
+  // the key really is (NtQueryKey). A link at the end of the path is not followed. Empty when the
+  // key cannot be asked; a root has no such name.
+  [[nodiscard]] virtual std::wstring RealName(const std::wstring& path) const = 0;
 
   // All subkey or value names in the platform's order (RegEnumKeyExW, RegEnumValueW). The unnamed
   // value is listed as an empty name when it is set.
@@ -62,30 +87,11 @@ class RegistryKey {
   [[nodiscard]] virtual bool RemoveValue(const std::wstring& name) = 0;
 };
 
-// The registry as a platform service, without policy. A path is relative to `base` when that is
-// given, else to `root`; it has no leading, trailing or doubled backslash and no NUL, and an empty
-// path means the base or the root itself.
+// The registry as a platform service, without policy: its roots, from which the rest is reached.
 class RegistryBackend {
  public:
   virtual ~RegistryBackend() = default;
-
-  // The opened key, or null when it is missing or access is denied (RegOpenKeyExW). A registry
-  // link is followed.
-  [[nodiscard]] virtual std::unique_ptr<RegistryKey> Open(RootKey root, const RegistryKey* base,
-                                                          const std::wstring& path,
-                                                          RegistryAccess access) = 0;
-
-  // The opened key with full access, created with its missing parents if need be, or null when that
-  // is refused (RegCreateKeyExW).
-  [[nodiscard]] virtual std::unique_ptr<RegistryKey> Create(RootKey root, const RegistryKey* base,
-                                                            const std::wstring& path) = 0;
-
-  // Deletes the key and everything below it, subkeys first. A registry link is deleted itself and
-  // never followed, so what it points to stays. Below HKEY_CLASSES_ROOT both the user's and the
-  // machine's key go. True when the key is gone. An empty path deletes nothing and returns false;
-  // so does a key that may not be opened with full access.
-  [[nodiscard]] virtual bool RemoveTree(RootKey root, const RegistryKey* base,
-                                        const std::wstring& path) = 0;
+  [[nodiscard]] virtual std::unique_ptr<RegistryKey> Root(RootKey root) = 0;
 };
 
 // A value of the wrong type, a missing integer or a write that failed; Detail() names the value.
@@ -97,11 +103,12 @@ class TRegistryError : public TError {
 // Registry access with one root and at most one open key, in the manner in which every scan,
 // removal and repair uses it. Paths: one leading backslash means "from the root", otherwise the
 // path is relative to the open key, or to the root when none is open; a trailing backslash names
-// the same key. A path or name with a NUL character or an empty inner component names nothing.
+// the same key. A path with an empty inner component names nothing, and neither does a path or name
+// with a NUL character, except to DeleteKey.
 class TRegistry {
  public:
   // Starts at HKEY_CURRENT_USER with no key open. `backend` must outlive the object.
-  explicit TRegistry(RegistryBackend& backend) : backend_(backend) {}
+  explicit TRegistry(RegistryBackend& backend);
 
   // Changing the root closes the open key; setting the same root again changes nothing.
   void SetRootKey(RootKey root);
@@ -141,19 +148,24 @@ class TRegistry {
   // False when the value is missing, denied or no key is open.
   bool DeleteValue(std::wstring_view name);
 
-  // Deletes the key with everything below it, without following registry links. False when it is
-  // missing, denied, or protected: a root, a key that the scans list the children of, and every key
-  // above those are refused.
+  // Deletes the key with everything below it; below HKEY_CLASSES_ROOT both the user's and the
+  // machine's key of that name go. Names may hold NULs, so that whatever GetKeyNames lists can be
+  // deleted. True when the key is gone, false when it is missing, denied in part or in whole, or
+  // refused: a root, a key that the scans list the children of, every key above those, and a key
+  // that a registry link in the middle of the path leads to.
   bool DeleteKey(std::wstring_view path);
 
  private:
-  struct Place;  // a path resolved against the root or the open key
+  struct Place;  // a path and what it is relative to
   [[nodiscard]] std::optional<Place> Resolve(std::wstring_view path) const;
+  [[nodiscard]] std::unique_ptr<RegistryKey> OpenAt(const Place& place,
+                                                    RegistryAccess access) const;
   bool OpenWith(std::wstring_view path, RegistryAccess access, bool canCreate);
   [[nodiscard]] std::optional<RegistryValue> Query(std::wstring_view name) const;
 
   RegistryBackend& backend_;
   RootKey root_ = RootKey::CurrentUser;
+  std::unique_ptr<RegistryKey> rootKey_;
   std::unique_ptr<RegistryKey> key_;
   std::wstring keyPath_;  // of the open key, below the root
 };

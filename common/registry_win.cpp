@@ -5,12 +5,20 @@
 #include <winternl.h>
 
 #include <array>
+#include <climits>
 #include <utility>
 
 #include "common/handles_win.h"
 
 namespace tarvelin {
 namespace {
+
+// The kernel's own calls that winternl.h leaves out. The Win32 ones take names that end at a NUL: a
+// key whose name holds one can neither be opened nor deleted through them, and one whose name
+// begins with a NUL looks like its parent.
+extern "C" NTSTATUS NTAPI NtOpenKey(HANDLE* key, ACCESS_MASK access, OBJECT_ATTRIBUTES* name);
+extern "C" NTSTATUS NTAPI NtDeleteKey(HANDLE key);
+extern "C" NTSTATUS NTAPI NtQueryKey(HANDLE key, int what, void* result, ULONG size, ULONG* needed);
 
 // The longest names, with a terminator: 255 characters for a key, 16,383 for a value.
 constexpr std::size_t kUsualName = 256;
@@ -55,17 +63,112 @@ std::vector<std::wstring> SubkeyNamesOf(HKEY key) {
   });
 }
 
+// The rights that are asked for to delete a key, in order. The second are for a key whose children
+// may not be listed; it goes if it has none.
+constexpr REGSAM kRemovalRights[] = {DELETE | KEY_ENUMERATE_SUB_KEYS | KEY_QUERY_VALUE, DELETE};
+
+// Opens a key by a path that may hold NULs, a link at its end itself; null when that is refused.
+UniqueRegistryKey OpenCounted(HKEY parent, std::wstring path) {
+  UniqueRegistryKey key;
+  const std::size_t size = path.size() * sizeof(wchar_t);
+  if (size > USHRT_MAX) return key;
+  UNICODE_STRING text{};
+  text.Buffer = path.data();
+  text.Length = text.MaximumLength = static_cast<USHORT>(size);
+  OBJECT_ATTRIBUTES attributes{};
+  InitializeObjectAttributes(&attributes, &text, OBJ_CASE_INSENSITIVE | OBJ_OPENLINK, parent,
+                             nullptr);
+  for (const REGSAM rights : kRemovalRights) {
+    HANDLE opened = nullptr;
+    if (NtOpenKey(&opened, rights, &attributes) < 0) continue;
+    key.Reset(static_cast<HKEY>(opened));
+    break;
+  }
+  return key;
+}
+
+// The same by the Win32 call, which knows the roots and the view of the registry that this program
+// has, and no NULs.
+UniqueRegistryKey OpenLinkItself(HKEY parent, const std::wstring& path, REGSAM rights) {
+  UniqueRegistryKey key;
+  RegOpenKeyExW(parent, path.c_str(), REG_OPTION_OPEN_LINK, rights, key.Put());
+  return key;
+}
+
+std::wstring RealNameOf(HKEY key) {
+  constexpr int nameInformation = 3;  // a ULONG with the size of the text in bytes, and the text
+  std::vector<ULONG> buffer(256);
+  for (;;) {
+    ULONG needed = 0;
+    const auto size = static_cast<ULONG>(buffer.size() * sizeof(ULONG));
+    if (NtQueryKey(key, nameInformation, buffer.data(), size, &needed) >= 0) break;
+    if (needed <= size) return {};
+    buffer.resize(needed / sizeof(ULONG) + 1);
+  }
+  return {reinterpret_cast<const wchar_t*>(buffer.data() + 1), buffer[0] / sizeof(wchar_t)};
+}
+
+// Deletes an open key with everything below it; false when something of it stays, because the
+// kernel deletes no key that has children. The handle names the key itself even if that is a link,
+// and the children of a link are not those of its target, so nothing outside of the tree is ever
+// reached. A child that cannot be opened may be gone already.
+bool RemoveOpenKey(HKEY key) {
+  for (std::wstring& name : SubkeyNamesOf(key)) {
+    if (const UniqueRegistryKey child = OpenCounted(key, std::move(name))) {
+      (void)RemoveOpenKey(child.Get());
+    }
+  }
+  return NtDeleteKey(key) >= 0;
+}
+
 class WindowsKey : public RegistryKey {
  public:
-  explicit WindowsKey(UniqueRegistryKey key) : key_(std::move(key)) {}
+  explicit WindowsKey(HKEY root) : key_(root) {}
+  explicit WindowsKey(UniqueRegistryKey key) : owned_(std::move(key)), key_(owned_.Get()) {}
 
-  [[nodiscard]] HKEY Handle() const { return key_.Get(); }
+  std::unique_ptr<RegistryKey> Open(const std::wstring& path,
+                                    RegistryAccess access) const override {
+    UniqueRegistryKey key;
+    const REGSAM rights = access == RegistryAccess::Full ? KEY_ALL_ACCESS : KEY_READ;
+    RegOpenKeyExW(key_, path.c_str(), 0, rights, key.Put());
+    return Wrap(std::move(key));
+  }
 
-  std::vector<std::wstring> SubkeyNames() const override { return SubkeyNamesOf(key_.Get()); }
+  std::unique_ptr<RegistryKey> Create(const std::wstring& path) const override {
+    UniqueRegistryKey key;
+    RegCreateKeyExW(key_, path.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS,
+                    nullptr, key.Put(), nullptr);
+    return Wrap(std::move(key));
+  }
+
+  std::unique_ptr<RegistryKey> OpenToRemove(const std::wstring& path) const override {
+    const auto nul = path.find(L'\0');
+    if (nul == std::wstring::npos) {
+      for (const REGSAM rights : kRemovalRights) {
+        if (auto key = Wrap(OpenLinkItself(key_, path, rights))) return key;
+      }
+      return nullptr;
+    }
+    // As far as it can by the Win32 call, the rest by the kernel's.
+    const auto end = path.rfind(L'\\', nul);
+    if (end == std::wstring::npos) return nullptr;
+    const UniqueRegistryKey parent = OpenLinkItself(key_, path.substr(0, end), KEY_QUERY_VALUE);
+    return parent ? Wrap(OpenCounted(parent.Get(), path.substr(end + 1))) : nullptr;
+  }
+
+  bool RemoveTree() override { return RemoveOpenKey(key_); }
+
+  std::wstring RealName(const std::wstring& path) const override {
+    if (path.empty()) return RealNameOf(key_);
+    const UniqueRegistryKey key = OpenLinkItself(key_, path, KEY_QUERY_VALUE);
+    return key ? RealNameOf(key.Get()) : std::wstring();
+  }
+
+  std::vector<std::wstring> SubkeyNames() const override { return SubkeyNamesOf(key_); }
 
   std::vector<std::wstring> ValueNames() const override {
     return CollectNames([this](DWORD index, wchar_t* buffer, DWORD* size) {
-      return RegEnumValueW(key_.Get(), index, buffer, size, nullptr, nullptr, nullptr, nullptr);
+      return RegEnumValueW(key_, index, buffer, size, nullptr, nullptr, nullptr, nullptr);
     });
   }
 
@@ -74,7 +177,7 @@ class WindowsKey : public RegistryKey {
     std::array<std::byte, 1024> usual;
     DWORD type = 0;
     auto size = static_cast<DWORD>(usual.size());
-    LSTATUS status = RegQueryValueExW(key_.Get(), name.c_str(), nullptr, &type,
+    LSTATUS status = RegQueryValueExW(key_, name.c_str(), nullptr, &type,
                                       reinterpret_cast<BYTE*>(usual.data()), &size);
     if (status == ERROR_SUCCESS) {
       return RegistryValue{type, Bytes(usual.begin(), usual.begin() + size)};
@@ -83,7 +186,7 @@ class WindowsKey : public RegistryKey {
     // Again while the value grows between two calls.
     while (status == ERROR_MORE_DATA) {
       data.resize(size);
-      status = RegQueryValueExW(key_.Get(), name.c_str(), nullptr, &type,
+      status = RegQueryValueExW(key_, name.c_str(), nullptr, &type,
                                 reinterpret_cast<BYTE*>(data.data()), &size);
     }
     if (status != ERROR_SUCCESS) return std::nullopt;
@@ -93,104 +196,28 @@ class WindowsKey : public RegistryKey {
 
   bool SetText(const std::wstring& name, std::wstring_view text) override {
     const std::wstring terminated(text);
-    return RegSetValueExW(key_.Get(), name.c_str(), 0, REG_SZ,
-                          reinterpret_cast<const BYTE*>(terminated.c_str()),
-                          static_cast<DWORD>((terminated.size() + 1) * sizeof(wchar_t))) ==
-           ERROR_SUCCESS;
+    return RegSetValueExW(
+               key_, name.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(terminated.c_str()),
+               static_cast<DWORD>((terminated.size() + 1) * sizeof(wchar_t))) == ERROR_SUCCESS;
   }
 
   bool RemoveValue(const std::wstring& name) override {
-    return RegDeleteValueW(key_.Get(), name.c_str()) == ERROR_SUCCESS;
+    return RegDeleteValueW(key_, name.c_str()) == ERROR_SUCCESS;
   }
 
  private:
-  UniqueRegistryKey key_;
-};
-
-HKEY BaseHandle(RootKey root, const RegistryKey* base) {
-  return base ? static_cast<const WindowsKey*>(base)->Handle() : RootHandle(root);
-}
-
-std::unique_ptr<RegistryKey> Wrap(LSTATUS status, UniqueRegistryKey key) {
-  if (status != ERROR_SUCCESS) return nullptr;
-  return std::make_unique<WindowsKey>(std::move(key));
-}
-
-// What cannot be opened to be written is not deleted either, even where Windows would let its owner
-// do so.
-constexpr REGSAM kRemovalAccess = KEY_ALL_ACCESS;
-
-// The kernel's own calls, because the Win32 ones take names that end at a NUL: a key whose name
-// holds one can neither be opened nor deleted through them, and one whose name begins with a NUL
-// looks like its parent.
-struct KernelCalls {
-  using OpenKey = NTSTATUS(NTAPI*)(HANDLE*, ACCESS_MASK, OBJECT_ATTRIBUTES*);
-  using DeleteKey = NTSTATUS(NTAPI*)(HANDLE);
-
-  OpenKey openKey = FindExport<OpenKey>(GetModuleHandleW(L"ntdll.dll"), "NtOpenKey");
-  DeleteKey deleteKey = FindExport<DeleteKey>(GetModuleHandleW(L"ntdll.dll"), "NtDeleteKey");
-};
-
-// Deletes an open key with everything below it; false when something of it stays, because the
-// kernel deletes no key that has children. The handle names the key itself even if that is a link,
-// and the children of a link are not those of its target, so nothing outside of the tree is ever
-// reached. A child that cannot be opened may be gone already, or stand in the other hive that
-// HKEY_CLASSES_ROOT shows.
-bool RemoveOpenKey(const KernelCalls& kernel, HKEY key) {
-  for (std::wstring& name : SubkeyNamesOf(key)) {
-    UNICODE_STRING text{};
-    text.Buffer = name.data();
-    text.Length = static_cast<USHORT>(name.size() * sizeof(wchar_t));
-    text.MaximumLength = text.Length;
-    OBJECT_ATTRIBUTES attributes{};
-    InitializeObjectAttributes(&attributes, &text, OBJ_CASE_INSENSITIVE | OBJ_OPENLINK, key,
-                               nullptr);
-    HANDLE opened = nullptr;
-    if (kernel.openKey(&opened, kRemovalAccess, &attributes) < 0) continue;
-    const UniqueRegistryKey child(static_cast<HKEY>(opened));
-    (void)RemoveOpenKey(kernel, child.Get());
+  static std::unique_ptr<RegistryKey> Wrap(UniqueRegistryKey key) {
+    return key ? std::make_unique<WindowsKey>(std::move(key)) : nullptr;
   }
-  return kernel.deleteKey(key) >= 0;
-}
+
+  UniqueRegistryKey owned_;  // none for a root
+  HKEY key_;
+};
 
 }  // namespace
 
-std::unique_ptr<RegistryKey> WindowsRegistry::Open(RootKey root, const RegistryKey* base,
-                                                   const std::wstring& path,
-                                                   RegistryAccess access) {
-  UniqueRegistryKey key;
-  const REGSAM rights = access == RegistryAccess::Full ? KEY_ALL_ACCESS : KEY_READ;
-  const LSTATUS status = RegOpenKeyExW(BaseHandle(root, base), path.c_str(), 0, rights, key.Put());
-  return Wrap(status, std::move(key));
-}
-
-std::unique_ptr<RegistryKey> WindowsRegistry::Create(RootKey root, const RegistryKey* base,
-                                                     const std::wstring& path) {
-  UniqueRegistryKey key;
-  const LSTATUS status =
-      RegCreateKeyExW(BaseHandle(root, base), path.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
-                      KEY_ALL_ACCESS, nullptr, key.Put(), nullptr);
-  return Wrap(status, std::move(key));
-}
-
-bool WindowsRegistry::RemoveTree(RootKey root, const RegistryKey* base, const std::wstring& path) {
-  // An empty path, or one that a NUL cuts short, would name the parent.
-  if (path.empty() || path.find(L'\0') != std::wstring::npos) return false;
-  const KernelCalls kernel;
-  if (!kernel.openKey || !kernel.deleteKey) return false;
-  const HKEY parent = BaseHandle(root, base);
-
-  // HKEY_CLASSES_ROOT shows the user's key in front of the machine's of the same name: when the
-  // first is gone, the second comes to light and has to go as well.
-  const int hives = root == RootKey::ClassesRoot ? 2 : 1;
-  for (int removed = 0; removed < hives; ++removed) {
-    UniqueRegistryKey key;
-    const LSTATUS status =
-        RegOpenKeyExW(parent, path.c_str(), REG_OPTION_OPEN_LINK, kRemovalAccess, key.Put());
-    if (status != ERROR_SUCCESS) return removed > 0 && status == ERROR_FILE_NOT_FOUND;
-    if (!RemoveOpenKey(kernel, key.Get())) return false;
-  }
-  return true;
+std::unique_ptr<RegistryKey> WindowsRegistry::Root(RootKey root) {
+  return std::make_unique<WindowsKey>(RootHandle(root));
 }
 
 }  // namespace tarvelin

@@ -143,6 +143,7 @@ class RemovalTest : public AddonsTest {
     registry.Key(kUnit + L"{1}\\Sub").Key(kButton + L"{1}\\Sub").Key(kEntry + L"A");
     registry.Integer(kToolbar, L"{1}", 0).Integer(kToolbar, L"", 0).Integer(kToolbar, L"plain", 0);
     registry.Child(kEntry, L"\0hidden"s).Integer(L"HKEY_CURRENT_USER", L"", 0);
+    registry.Link(kEntry + L"Way", kButton.substr(0, kButton.size() - 1));
   }
 };
 
@@ -154,11 +155,14 @@ TEST_F(RemovalTest, DeletesExactlyWhatIsNamed) {
   const auto before = registry.Dump();
   registry.Key(kClass + L"{2}\\Sub").Key(kUnit + L"{2}").Link(kClass + L"{3}", kClass + L"{1}");
   registry.Key(kButton + L"{2}\\Sub").Key(kButton + L"{3}").Integer(kToolbar, L"{2}", 0);
+  registry.Child(kEntry, L"A\0"s).Child(kButton, L"\0"s);
   EXPECT_EQ(scanner.RemoveAddon(kUnregister, L"%SYSTEMROOT%\\w.oCx|" + kClass + L"{2}"), 0);
   EXPECT_EQ(scanner.RemoveAddon(kUnregister, L"C:\\1.dll|" + kClass + L"{3} "), 0);
   EXPECT_EQ(test.modules.unregistered, (std::vector{L"C:\\Windows\\w.oCx"s, L"C:\\1.dll"s}));
   EXPECT_EQ(scanner.RemoveAddon(RemovalMode::DeleteExtraButton, kButton + L"{2}"), 0);
   EXPECT_EQ(scanner.RemoveAddon(RemovalMode::DeleteKey, kButton + L"{3}\\"), 0);
+  EXPECT_EQ(scanner.RemoveAddon(RemovalMode::DeleteContextEntry, kEntry + L"A\0"s), 0);
+  EXPECT_EQ(scanner.RemoveAddon(RemovalMode::DeleteExtraButton, kButton + L"\0"s), 0);
   EXPECT_TRUE(test.files.removed.empty()) << "modules stay on disk";
 
   test.files.undeletable = {L"C:\\1.dll"};
@@ -193,7 +197,7 @@ TEST_F(RemovalTest, HostileNamesAndModulesDeleteNothing) {
                             L"{1}|C:\\{x}\\1.dll"s, L"plain|C:\\{x}\\1.dll"s}) {
     expectNothing(kValueAndFile, kToolbar + value);
   }
-  for (const auto& entry : {L""s, L"\0hidden"s, L"\0A"s, L"A\0"s}) {
+  for (const auto& entry : {L""s, L"\0A"s, L"A\0"s, L"Way\\{1}"s}) {
     expectNothing(RemovalMode::DeleteContextEntry, kEntry + entry);
   }
   for (const auto* text : {L"", L"|", L"{", L"{|", L"C:\\1.dll"}) {

@@ -12,28 +12,16 @@ namespace {
 const std::wstring kUser = L"HKEY_CURRENT_USER\\Software\\Microsoft\\Internet Explorer\\";
 const std::wstring kMachine = L"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Internet Explorer\\";
 
-// Opens keys, and refuses to write into them.
-struct UnwritableRegistry : MemoryRegistry {
-  std::unique_ptr<RegistryKey> Create(RootKey root, const RegistryKey* base,
-                                      const std::wstring& path) override {
-    return Open(root, base, path, RegistryAccess::Read);
-  }
-};
-
 class Settings : public ::testing::Test {
  protected:
   Settings() {
     registry_.Text(kUser + L"Main", L"Start Page", L"hijacked")
         .Text(kUser + L"Main", L"Window Title", L"stays");
-    unwritable_.Key(kUser + L"Main").Key(kUser + L"SearchUrl");
   }
   std::wstring Shown(int row) { return list_.Item(row).subItems.at(0); }
 
   TestPlatform world_;
   MemoryRegistry& registry_ = world_.registry;
-  UnwritableRegistry unwritable_;
-  TPlatform unable_{unwritable_,  world_.files,  world_.modules,   world_.shell,
-                    world_.boxes, world_.editor, world_.resources, world_.display};
   EnglishMessages messages_;
   TScanIeBrowser scanner_{world_.platform, messages_, {}};
   TListView list_{L"lvHijack", nullptr, {}, {{L"Name", 200}, {L"Current Settings", 315}}};
@@ -51,10 +39,13 @@ TEST_F(Settings, AreShownAsTheyAreOnceAllCanBeRead) {
   registry_.opens = 0;
   scanner_.ScanIeSettings(list_);
   EXPECT_EQ(registry_.Dump(), before);
-  EXPECT_EQ(registry_.opens, 6) << "one for each key";
+  EXPECT_LE(registry_.opens, 6) << "one for each key, however many settings it holds";
   EXPECT_EQ(list_.Item(7).caption, L"Start Page(All Users)");
   EXPECT_EQ(list_.Item(16).caption, L"Blank Page");
-  EXPECT_EQ(Shown(0) + Shown(6) + Shown(16) + Shown(21), L"hijackedsearch %s%windir%\\b.htmp");
+  EXPECT_EQ(Shown(0), L"hijacked");
+  EXPECT_EQ(Shown(6), L"search %s");
+  EXPECT_EQ(Shown(16), L"%windir%\\b.htm");
+  EXPECT_EQ(Shown(21), L"p");
   EXPECT_EQ(Shown(13), L"") << "the key is missing; the value of the one before is not its";
   scanner_.ScanIeSettings(list_);
   EXPECT_EQ(list_.Count(), 22);
@@ -86,11 +77,15 @@ TEST_F(Settings, AreRestoredToTheirDefaultsAndNothingElseIs) {
 TEST_F(Settings, StayAsTheyAreWhereTheyCannotBeWritten) {
   scanner_.ScanIeSettings(list_);
   for (const int row : {0, 6}) list_.SetChecked(row, true);
-  EXPECT_EQ(TScanIeBrowser(unable_, messages_, {}).RestoreSettings(list_), 0);
-  EXPECT_TRUE(list_.Item(0).checked && list_.Item(6).checked);
+  registry_.refusesText = true;
+  EXPECT_EQ(scanner_.RestoreSettings(list_), 0);
+  registry_.refusesText = false;
+  EXPECT_TRUE(list_.Item(0).checked);
+  EXPECT_TRUE(list_.Item(6).checked);
   registry_.DenyWriting(kUser + L"Main");
   EXPECT_EQ(scanner_.RestoreSettings(list_), 1);
-  EXPECT_TRUE(list_.Item(0).checked && !list_.Item(6).checked);
+  EXPECT_TRUE(list_.Item(0).checked);
+  EXPECT_FALSE(list_.Item(6).checked);
   EXPECT_EQ(Shown(0), L"hijacked");
   EXPECT_EQ(registry_.TextOf(kUser + L"Main", L"Start Page"), L"hijacked");
 }
@@ -99,11 +94,11 @@ class ChangeDialog : public Settings {
  protected:
   ChangeDialog() { scanner_.ScanIeSettings(list_); }
   // Shows the dialog for a row and types into it.
-  void Show(TFormChange& form, int row, std::wstring_view typed) {
+  void Show(int row, std::wstring_view typed) {
     list_.SetSelectedIndex(row);
-    form.ShowModal();
-    EXPECT_EQ(form.edtValue->Text(), L"");
-    form.edtValue->UserTyped(typed);
+    form_.ShowModal();
+    EXPECT_EQ(form_.edtValue->Text(), L"");
+    form_.edtValue->UserTyped(typed);
   }
   void Key(std::uintptr_t key) { form_.ApplicationEvents1Message({7, kKeyDownMessage, key}); }
 
@@ -113,7 +108,7 @@ class ChangeDialog : public Settings {
 
 TEST_F(ChangeDialog, WritesTrimmedAndShowsAsTypedWhenConfirmed) {
   const auto before = registry_.Dump();
-  Show(form_, 0, L"typed");
+  Show(0, L"typed");
   Key(L'A');
   form_.ApplicationEvents1Message({7, kKeyDownMessage + 1, kReturnKey});  // the key goes up
   form_.ApplicationEvents1Message({~std::uintptr_t{0}, kKeyDownMessage, kReturnKey});  // nobody's
@@ -121,18 +116,18 @@ TEST_F(ChangeDialog, WritesTrimmedAndShowsAsTypedWhenConfirmed) {
   Key(kEscapeKey);
   EXPECT_FALSE(form_.Visible());
   Key(kReturnKey);  // hidden: the key belongs to the main window
-  Show(form_, 0, L"typed");
+  Show(0, L"typed");
   form_.btnCancel->Click();
   EXPECT_FALSE(form_.Visible());
   EXPECT_EQ(registry_.Dump(), before);
   EXPECT_EQ(Shown(0), L"hijacked");
 
-  Show(form_, 0, L"  \"%s\"&\x202E\t ");
+  Show(0, L"  \"%s\"&\x202E\t ");
   form_.btnOK->Click();
   EXPECT_FALSE(form_.Visible());
   EXPECT_EQ(Shown(0), L"  \"%s\"&\x202E\t ");
   EXPECT_EQ(registry_.TextOf(kUser + L"Main", L"Start Page"), L"\"%s\"&\x202E");
-  Show(form_, 6, L" ");
+  Show(6, L" ");
   Key(kReturnKey);
   EXPECT_EQ(registry_.TextOf(kUser + L"SearchUrl", L""), L"");
   EXPECT_EQ(translations_, 4);
@@ -141,18 +136,18 @@ TEST_F(ChangeDialog, WritesTrimmedAndShowsAsTypedWhenConfirmed) {
 TEST_F(ChangeDialog, FailuresAreSilentButAMissingRowIsNot) {
   registry_.Deny(kMachine + L"Main");
   const auto before = registry_.Dump();
-  Show(form_, 7, L"typed");
+  Show(7, L"typed");
   Key(kReturnKey);
   EXPECT_FALSE(form_.Visible());
   EXPECT_EQ(Shown(7), L"typed") << "although it was not written";
 
-  TFormChange unable(unable_, list_, [] {});
-  Show(unable, 0, L"typed");
-  unable.btnOK->Click();
-  EXPECT_FALSE(unable.Visible());
+  registry_.refusesText = true;
+  Show(0, L"typed");
+  form_.btnOK->Click();
+  EXPECT_FALSE(form_.Visible());
   EXPECT_EQ(Shown(0), L"hijacked");
 
-  Show(form_, -1, L"typed");
+  Show(-1, L"typed");
   EXPECT_THROW(Key(kReturnKey), TError);
   EXPECT_TRUE(form_.Visible());
   EXPECT_EQ(registry_.Dump(), before);

@@ -109,6 +109,27 @@ TEST_F(ShellMenuTest, ListsVerbsAndHandlersButNotThoseOfWindows) {
   EXPECT_EQ(list.Count(), 6) << "a page with rows is not read again";
 }
 
+TEST_F(ShellMenuTest, ListsAnEntryOfUserAndMachineOnceAndRemovesBoth) {
+  const std::wstring user = L"HKEY_CURRENT_USER\\Software\\Classes\\";
+  const std::wstring machine = L"HKEY_LOCAL_MACHINE\\Software\\Classes\\";
+  const std::wstring handlers = L"*\\shellex\\ContextMenuHandlers\\";
+  registry.Text(user + handlers + L"both", L"", L"{user's}");
+  registry.Text(machine + handlers + L"BOTH", L"", L"{machine's}");
+  registry.Text(machine + handlers + L"machine", L"", L"{machine's}");
+  // Here the user's key hides what the machine's holds.
+  registry.Text(user + L"Directory\\shellex\\ContextMenuHandlers\\user", L"", L"{user's}");
+  registry.Text(machine + L"Directory\\shellex\\ContextMenuHandlers\\hidden", L"", L"{hidden}");
+  ScanExtensions();
+  EXPECT_EQ(Captions(), (Texts{L"both", L"machine", L"user"}));
+  EXPECT_EQ(list.Data<TShellExtension>(0)->Target, L"{user's}");
+  for (; list.Count() > 0; list.Delete(0)) {
+    RemoveShellKey(registry, list.Data<TShellExtension>(0)->KeyPath);
+  }
+  ScanExtensions();
+  EXPECT_EQ(Captions(), Texts{});
+  EXPECT_TRUE(registry.Has(machine + L"Directory\\shellex\\ContextMenuHandlers\\hidden"));
+}
+
 TEST_F(ShellMenuTest, SurvivesBrokenKeysAndCreatesMissingParents) {
   const std::wstring handlers = kRoot + L"Folder\\shellex\\ContextMenuHandlers";
   registry.Integer(handlers + L"\\number", L"", 7).Integer(kRoot + kBin + L"number", L"", 7);

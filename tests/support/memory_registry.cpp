@@ -1,6 +1,7 @@
 #include "tests/support/memory_registry.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 namespace tarvelin::testing {
@@ -9,8 +10,7 @@ struct MemoryRegistry::Node {
   std::map<std::wstring, std::shared_ptr<Node>, TextLess> keys;
   std::map<std::wstring, RegistryValue, TextLess> values;
   std::wstring linkTarget;
-  bool denied = false;
-  bool writingDenied = false;
+  Rights rights = Rights::All;
   bool deleted = false;
 };
 
@@ -19,6 +19,37 @@ namespace {
 constexpr std::wstring_view kUserClasses = L"HKEY_CURRENT_USER\\Software\\Classes";
 constexpr std::wstring_view kMachineClasses = L"HKEY_LOCAL_MACHINE\\Software\\Classes";
 constexpr std::wstring_view kClassesRoot = L"HKEY_CLASSES_ROOT";
+
+// The keys of HKEY_CLASSES_ROOT whose children are those of both hives together. Of any other key
+// that both have, the user's hides what the machine's holds.
+const std::set<std::wstring, TextLess> kMergedKeys{
+    L"",
+    L"*",
+    L"*\\shellex",
+    L"*\\shellex\\ContextMenuHandlers",
+    L"*\\shellex\\PropertySheetHandlers",
+    L"AppID",
+    L"CLSID",
+    L"Component Categories",
+    L"Drive",
+    L"Drive\\shellex",
+    L"Drive\\shellex\\ContextMenuHandlers",
+    L"Drive\\shellex\\FolderExtensions",
+    L"Filter",
+    L"Folder",
+    L"Folder\\shellex",
+    L"Folder\\shellex\\ColumnHandlers",
+    L"Folder\\shellex\\ContextMenuHandlers",
+    L"Folder\\shellex\\PropertySheetHandlers",
+    L"Installer\\Components",
+    L"Interface",
+    L"Mime",
+    L"Mime\\Database",
+    L"Mime\\Database\\Charset",
+    L"Mime\\Database\\Codepage",
+    L"Mime\\Database\\Content Type",
+    L"Typelib",
+};
 
 std::wstring_view RootName(RootKey root) {
   switch (root) {
@@ -40,61 +71,174 @@ std::pair<std::wstring_view, std::wstring_view> SplitFirst(std::wstring_view pat
   return {path.substr(0, end), path.substr(end + 1)};
 }
 
-// The children or values of all nodes together, each name once, as the first node has it.
-template <class Map>
-std::vector<std::wstring> NamesOf(const std::vector<std::shared_ptr<MemoryRegistry::Node>>& nodes,
-                                  Map MemoryRegistry::Node::*map) {
-  std::map<std::wstring, bool, TextLess> all;
-  for (const auto& node : nodes) {
-    if (node->deleted) continue;
-    for (const auto& [name, item] : (*node).*map) all.emplace(name, true);
-  }
-  std::vector<std::wstring> names;
-  for (const auto& [name, unused] : all) names.push_back(name);
-  return names;
+bool IsClassesRoot(std::wstring_view path) {
+  return SameText(SplitFirst(path).first, kClassesRoot);
 }
 
-// One node, or below HKEY_CLASSES_ROOT the user's in front of the machine's.
+// The place in one hive of classes that a path of HKEY_CLASSES_ROOT stands for.
+std::wstring InHive(std::wstring_view hive, std::wstring_view path) {
+  return std::wstring(hive).append(path.substr(kClassesRoot.size()));
+}
+
+// The path without its last component.
+std::wstring_view Parent(std::wstring_view path) { return path.substr(0, path.rfind(L'\\')); }
+
+// The kernel's name for the place: the user's classes are a hive of their own.
+std::wstring KernelName(std::wstring_view path) {
+  const std::pair<std::wstring_view, std::wstring_view> hives[] = {
+      {kUserClasses, L"\\REGISTRY\\USER\\S-1-5-21-1_Classes"},
+      {L"HKEY_CURRENT_USER", L"\\REGISTRY\\USER\\S-1-5-21-1"},
+      {L"HKEY_LOCAL_MACHINE", L"\\REGISTRY\\MACHINE"},
+      {L"HKEY_USERS", L"\\REGISTRY\\USER"}};
+  for (const auto& [begin, name] : hives) {
+    if (SameText((std::wstring(path) + L'\\').substr(0, begin.size() + 1),
+                 std::wstring(begin) + L'\\')) {
+      return std::wstring(name).append(path.substr(begin.size()));
+    }
+  }
+  return {};
+}
+
+bool MayRead(Rights rights) { return rights <= Rights::Read; }
+bool MayCreateBelow(Rights rights) { return rights < Rights::Read; }
+bool MayDelete(Rights rights) { return rights < Rights::Read || rights == Rights::Delete; }
+
+void MarkDeleted(MemoryRegistry::Node& node) {
+  node.deleted = true;
+  if (!node.linkTarget.empty()) return;
+  for (const auto& [name, child] : node.keys) MarkDeleted(*child);
+}
+
+// Deletes what is below a key; false when something of it stays.
+bool RemoveChildren(MemoryRegistry::Node& node) {
+  if (!node.linkTarget.empty()) return true;
+  if (!MayRead(node.rights)) return node.keys.empty();
+  bool all = true;
+  for (auto child = node.keys.begin(); child != node.keys.end();) {
+    const bool gone = MayDelete(child->second->rights) && RemoveChildren(*child->second);
+    if (gone) MarkDeleted(*child->second);
+    all = all && gone;
+    child = gone ? node.keys.erase(child) : std::next(child);
+  }
+  return all;
+}
+
+}  // namespace
+
+// A root, one key, or below HKEY_CLASSES_ROOT the user's in front of the machine's.
 class MemoryKey : public RegistryKey {
  public:
-  MemoryKey(std::vector<std::shared_ptr<MemoryRegistry::Node>> nodes, std::wstring path,
-            RegistryAccess access, int& queries)
-      : nodes_(std::move(nodes)), path_(std::move(path)), access_(access), queries_(queries) {}
+  MemoryKey(MemoryRegistry& registry, std::wstring path, std::vector<MemoryRegistry::Found> found,
+            RegistryAccess access)
+      : registry_(registry), path_(std::move(path)), found_(std::move(found)), access_(access) {}
 
-  const std::wstring& Path() const { return path_; }
+  std::unique_ptr<RegistryKey> Open(const std::wstring& path,
+                                    RegistryAccess access) const override {
+    const std::wstring full = Below(path.c_str());
+    NoteOpening(full);
+    auto found = registry_.Find(full, true);
+    if (found.empty()) return nullptr;
+    const Rights rights = found[0].node->rights;
+    if (access == RegistryAccess::Full ? rights != Rights::All : !MayRead(rights)) return nullptr;
+    return std::make_unique<MemoryKey>(registry_, full, std::move(found), access);
+  }
+
+  std::unique_ptr<RegistryKey> Create(const std::wstring& path) const override {
+    // What a 32-bit program gets for an empty path below HKEY_CLASSES_ROOT.
+    const std::wstring full = Below(path.empty() ? L"Wow6432Node" : path.c_str());
+    NoteOpening(full);
+    auto found = registry_.Find(full, true);
+    if (found.empty()) {
+      // It is created below the nearest key that exists, which must allow it: below the user's if
+      // there is one, but what stands directly below HKEY_CLASSES_ROOT is the machine's.
+      std::wstring_view above = full;
+      while (found.empty()) {
+        above = Parent(above);
+        found = registry_.Find(above, true);
+      }
+      const auto& parent = SameText(above, kClassesRoot) ? found.back() : found.front();
+      if (!MayCreateBelow(parent.node->rights)) return nullptr;
+      registry_.Make(parent.path + full.substr(above.size()));
+      found = registry_.Find(full, true);
+    }
+    if (found[0].node->rights != Rights::All) return nullptr;
+    return std::make_unique<MemoryKey>(registry_, full, std::move(found), RegistryAccess::Full);
+  }
+
+  std::unique_ptr<RegistryKey> OpenToRemove(const std::wstring& path) const override {
+    auto found = registry_.Find(Below(path), false);
+    if (path.empty() || found.empty() || !MayDelete(found[0].node->rights)) return nullptr;
+    return std::make_unique<MemoryKey>(registry_, Below(path), std::move(found),
+                                       RegistryAccess::Read);
+  }
+
+  bool RemoveTree() override {
+    auto& [node, path] = found_.at(0);
+    if (node->deleted || !RemoveChildren(*node)) return false;
+    MarkDeleted(*node);
+    const auto parent = registry_.FindIn(Parent(path), true);
+    return parent && parent->node->keys.erase(path.substr(path.rfind(L'\\') + 1)) > 0;
+  }
+
+  std::wstring RealName(const std::wstring& path) const override {
+    const auto found = path.empty() ? found_ : registry_.Find(Below(path), false);
+    return found.empty() ? std::wstring() : KernelName(found[0].path);
+  }
 
   std::vector<std::wstring> SubkeyNames() const override {
-    return NamesOf(nodes_, &MemoryRegistry::Node::keys);
-  }
-  std::vector<std::wstring> ValueNames() const override {
-    return NamesOf(nodes_, &MemoryRegistry::Node::values);
-  }
-  std::optional<RegistryValue> Query(const std::wstring& name) const override {
-    ++queries_;
-    for (const auto& node : nodes_) {
-      const auto found = node->values.find(name);
-      if (!node->deleted && found != node->values.end()) return found->second;
+    std::map<std::wstring, bool, TextLess> all;  // each name once, as the first key has it
+    for (const auto& [node, path] : found_) {
+      if (node->deleted) continue;
+      for (const auto& [name, child] : node->keys) all.emplace(name, true);
     }
-    return std::nullopt;
+    std::vector<std::wstring> names;
+    for (const auto& [name, unused] : all) names.push_back(name);
+    return names;
   }
+
+  std::vector<std::wstring> ValueNames() const override {
+    std::vector<std::wstring> names;
+    if (Node().deleted) return names;
+    for (const auto& [name, value] : Node().values) names.push_back(name);
+    return names;
+  }
+
+  std::optional<RegistryValue> Query(const std::wstring& name) const override {
+    ++registry_.queries;
+    const auto found = Node().values.find(name);
+    if (Node().deleted || found == Node().values.end()) return std::nullopt;
+    return found->second;
+  }
+
   bool SetText(const std::wstring& name, std::wstring_view text) override {
-    if (access_ != RegistryAccess::Full || nodes_[0]->deleted) return false;
+    if (registry_.refusesText || access_ != RegistryAccess::Full || Node().deleted) return false;
     Bytes data = ToUtf16Le(text);
     data.resize(data.size() + 2);
-    nodes_[0]->values[name] = {kRegSz, std::move(data)};
+    Node().values[name] = {kRegSz, std::move(data)};
     return true;
   }
+
   bool RemoveValue(const std::wstring& name) override {
-    return access_ == RegistryAccess::Full && !nodes_[0]->deleted &&
-           nodes_[0]->values.erase(name) > 0;
+    return access_ == RegistryAccess::Full && !Node().deleted && Node().values.erase(name) > 0;
   }
 
  private:
-  std::vector<std::shared_ptr<MemoryRegistry::Node>> nodes_;
-  std::wstring path_;
+  [[nodiscard]] MemoryRegistry::Node& Node() const { return *found_.at(0).node; }
+  [[nodiscard]] std::wstring Below(const std::wstring& path) const {
+    return path.empty() ? path_ : path_ + L"\\" + path;
+  }
+  void NoteOpening(const std::wstring& path) const {
+    ++registry_.opens;
+    if (registry_.beforeOpen) registry_.beforeOpen(path);
+  }
+
+  MemoryRegistry& registry_;
+  std::wstring path_;  // as it was asked for
+  std::vector<MemoryRegistry::Found> found_;
   RegistryAccess access_;
-  int& queries_;
 };
+
+namespace {
 
 void DumpNode(const MemoryRegistry::Node& node, int depth, std::wstring& out) {
   const std::wstring indent(static_cast<std::size_t>(depth) * 2, L' ');
@@ -114,25 +258,6 @@ void DumpNode(const MemoryRegistry::Node& node, int depth, std::wstring& out) {
   }
 }
 
-void MarkDeleted(MemoryRegistry::Node& node) {
-  node.deleted = true;
-  if (!node.linkTarget.empty()) return;
-  for (const auto& [name, child] : node.keys) MarkDeleted(*child);
-}
-
-// Deletes what is below a key; false when something denies it.
-bool RemoveChildren(MemoryRegistry::Node& node) {
-  bool all = true;
-  for (auto child = node.keys.begin(); child != node.keys.end();) {
-    const bool gone = !child->second->denied && !child->second->writingDenied &&
-                      (!child->second->linkTarget.empty() || RemoveChildren(*child->second));
-    if (gone) MarkDeleted(*child->second);
-    all = all && gone;
-    child = gone ? node.keys.erase(child) : std::next(child);
-  }
-  return all;
-}
-
 }  // namespace
 
 MemoryRegistry::MemoryRegistry() : top_(std::make_shared<Node>()) {
@@ -144,36 +269,45 @@ MemoryRegistry::MemoryRegistry() : top_(std::make_shared<Node>()) {
 
 MemoryRegistry::~MemoryRegistry() = default;
 
-std::shared_ptr<MemoryRegistry::Node> MemoryRegistry::Find(std::wstring_view fullPath,
-                                                           bool followLastLink) const {
-  if (SameText(SplitFirst(fullPath).first, kClassesRoot)) {
-    const auto below = fullPath.substr(kClassesRoot.size());
-    if (auto node = Find(std::wstring(kUserClasses) + std::wstring(below), followLastLink)) {
-      return node;
-    }
-    return Find(std::wstring(kMachineClasses) + std::wstring(below), followLastLink);
-  }
-  auto node = top_;
-  for (std::wstring_view rest = fullPath; !rest.empty();) {
+std::optional<MemoryRegistry::Found> MemoryRegistry::FindIn(std::wstring_view path,
+                                                            bool followLastLink) const {
+  Found found{top_, {}};
+  for (std::wstring_view rest = path; !rest.empty();) {
     const auto [name, below] = SplitFirst(rest);
-    const auto child = node->keys.find(name);
-    if (child == node->keys.end()) return nullptr;
-    node = child->second;
+    const auto child = found.node->keys.find(name);
+    if (child == found.node->keys.end()) return std::nullopt;
+    found.node = child->second;
+    if (!found.path.empty()) found.path += L'\\';
+    found.path += name;
     rest = below;
-    if (!node->linkTarget.empty() && (followLastLink || !rest.empty())) {
-      node = Find(node->linkTarget, true);
-      if (!node) return nullptr;
+    if (!found.node->linkTarget.empty() && (followLastLink || !rest.empty())) {
+      const auto target = FindIn(found.node->linkTarget, true);
+      if (!target) return std::nullopt;
+      found = *target;
     }
   }
-  return node;
+  return found;
 }
 
-std::shared_ptr<MemoryRegistry::Node> MemoryRegistry::Make(std::wstring_view fullPath) {
-  if (SameText(SplitFirst(fullPath).first, kClassesRoot)) {
-    return Make(std::wstring(kMachineClasses) + std::wstring(fullPath.substr(kClassesRoot.size())));
+std::vector<MemoryRegistry::Found> MemoryRegistry::Find(std::wstring_view path,
+                                                        bool followLastLink) const {
+  std::vector<Found> all;
+  if (!IsClassesRoot(path)) {
+    if (auto found = FindIn(path, followLastLink)) all.push_back(std::move(*found));
+    return all;
   }
+  for (const auto hive : {kUserClasses, kMachineClasses}) {
+    if (auto found = FindIn(InHive(hive, path), followLastLink)) all.push_back(std::move(*found));
+  }
+  const auto below = path.substr(std::min(kClassesRoot.size() + 1, path.size()));
+  if (all.size() > 1 && !kMergedKeys.contains(below)) all.pop_back();
+  return all;
+}
+
+std::shared_ptr<MemoryRegistry::Node> MemoryRegistry::Make(std::wstring_view path) {
+  if (IsClassesRoot(path)) return Make(InHive(kMachineClasses, path));
   auto node = top_;
-  for (std::wstring_view rest = fullPath; !rest.empty();) {
+  for (std::wstring_view rest = path; !rest.empty();) {
     const auto [name, below] = SplitFirst(rest);
     auto& child = node->keys[std::wstring(name)];
     if (!child) child = std::make_shared<Node>();
@@ -220,28 +354,26 @@ MemoryRegistry& MemoryRegistry::Child(std::wstring_view parent, std::wstring nam
   return *this;
 }
 
-void MemoryRegistry::Deny(std::wstring_view path) { Make(path)->denied = true; }
-
-void MemoryRegistry::DenyWriting(std::wstring_view path) { Make(path)->writingDenied = true; }
-
-void MemoryRegistry::Drop(std::wstring_view path) {
-  const auto end = path.rfind(L'\\');
-  const auto parent = Find(path.substr(0, end), true);
-  if (!parent) return;
-  const auto child = parent->keys.find(path.substr(end + 1));
-  if (child == parent->keys.end()) return;
-  MarkDeleted(*child->second);
-  parent->keys.erase(child);
+void MemoryRegistry::Restrict(std::wstring_view path, Rights rights) {
+  Make(path)->rights = rights;
 }
 
-bool MemoryRegistry::Has(std::wstring_view path) const { return Find(path, true) != nullptr; }
+void MemoryRegistry::Drop(std::wstring_view path) {
+  for (auto& found : Find(path, false)) {
+    MarkDeleted(*found.node);
+    FindIn(Parent(found.path), true)
+        ->node->keys.erase(found.path.substr(found.path.rfind(L'\\') + 1));
+  }
+}
+
+bool MemoryRegistry::Has(std::wstring_view path) const { return !Find(path, true).empty(); }
 
 std::optional<std::wstring> MemoryRegistry::TextOf(std::wstring_view path,
                                                    std::wstring_view name) const {
-  const auto node = Find(path, true);
-  if (!node) return std::nullopt;
-  const auto value = node->values.find(name);
-  if (value == node->values.end()) return std::nullopt;
+  const auto found = Find(path, true);
+  if (found.empty()) return std::nullopt;
+  const auto value = found[0].node->values.find(name);
+  if (value == found[0].node->values.end()) return std::nullopt;
   const std::wstring text = FromUtf16Le(value->second.data);
   return text.substr(0, text.find(L'\0'));
 }
@@ -252,79 +384,9 @@ std::wstring MemoryRegistry::Dump() const {
   return out;
 }
 
-std::wstring MemoryRegistry::Resolve(RootKey root, const RegistryKey* base,
-                                     const std::wstring& path) const {
-  std::wstring full(base ? static_cast<const MemoryKey*>(base)->Path() : RootName(root));
-  if (!path.empty()) full += L"\\" + path;
-  return full;
-}
-
-std::unique_ptr<RegistryKey> MemoryRegistry::Open(RootKey root, const RegistryKey* base,
-                                                  const std::wstring& path, RegistryAccess access) {
-  const auto full = Resolve(root, base, path);
-  ++opens;
-  if (beforeOpen) beforeOpen(full);
-  auto node = Find(full, true);
-  if (!node || node->denied || (node->writingDenied && access == RegistryAccess::Full)) {
-    return nullptr;
-  }
-  return Wrap(full, std::move(node), access);
-}
-
-std::unique_ptr<RegistryKey> MemoryRegistry::Wrap(const std::wstring& full,
-                                                  std::shared_ptr<Node> node,
-                                                  RegistryAccess access) {
-  std::vector<std::shared_ptr<Node>> nodes{std::move(node)};
-  if (SameText(SplitFirst(full).first, kClassesRoot)) {
-    auto machine = Find(std::wstring(kMachineClasses) + full.substr(kClassesRoot.size()), true);
-    if (machine && machine != nodes[0] && !machine->denied) nodes.push_back(std::move(machine));
-  }
-  return std::make_unique<MemoryKey>(std::move(nodes), full, access, queries);
-}
-
-std::unique_ptr<RegistryKey> MemoryRegistry::Create(RootKey root, const RegistryKey* base,
-                                                    const std::wstring& path) {
-  const auto full = Resolve(root, base, path);
-  ++opens;
-  if (beforeOpen) beforeOpen(full);
-  // A missing key is created below the nearest one that exists, which must allow it.
-  for (std::wstring_view above = full;;) {
-    if (const auto node = Find(above, true)) {
-      if (node->denied || node->writingDenied) return nullptr;
-      break;
-    }
-    const auto end = above.rfind(L'\\');
-    if (end == std::wstring_view::npos) return nullptr;
-    above = above.substr(0, end);
-  }
-  auto node = Find(full, true);
-  if (!node) node = Make(full);
-  return Wrap(full, std::move(node), RegistryAccess::Full);
-}
-
-bool MemoryRegistry::RemoveTree(RootKey root, const RegistryKey* base, const std::wstring& path) {
-  if (path.empty()) return false;
-  const auto full = Resolve(root, base, path);
-  if (!SameText(SplitFirst(full).first, kClassesRoot)) return RemoveAt(full);
-  // The user's key and then the machine's, which comes to light behind it.
-  bool removed = false;
-  for (const auto classes : {kUserClasses, kMachineClasses}) {
-    const auto one = std::wstring(classes) + full.substr(kClassesRoot.size());
-    if (!Find(one, false)) continue;
-    if (!RemoveAt(one)) return false;
-    removed = true;
-  }
-  return removed;
-}
-
-bool MemoryRegistry::RemoveAt(const std::wstring& full) {
-  const auto node = Find(full, false);
-  if (!node || node->denied || node->writingDenied) return false;
-  if (node->linkTarget.empty() && !RemoveChildren(*node)) return false;
-  MarkDeleted(*node);
-  const auto end = full.rfind(L'\\');
-  const auto parent = Find(std::wstring_view(full).substr(0, end), true);
-  return parent && parent->keys.erase(full.substr(end + 1)) > 0;
+std::unique_ptr<RegistryKey> MemoryRegistry::Root(RootKey root) {
+  const std::wstring name(RootName(root));
+  return std::make_unique<MemoryKey>(*this, name, Find(name, true), RegistryAccess::Full);
 }
 
 }  // namespace tarvelin::testing

@@ -1,6 +1,7 @@
 // The registry as a tree in memory, with the semantics of the Windows one: names keep their case
-// and are compared without it, HKEY_CLASSES_ROOT shows the user's classes over the machine's, links
-// are followed by opening and not by deleting.
+// and are compared without it, HKEY_CLASSES_ROOT shows the user's and the machine's classes
+// together, links are followed by opening and not by deleting, and calls that take terminated texts
+// see nothing behind a NUL.
 #pragma once
 
 #include <functional>
@@ -19,9 +20,25 @@ inline Bytes MakeBytes(std::string_view characters) {
   return {bytes.begin(), bytes.end()};
 }
 
+// What the access control of a key allows, from everything down to nothing. Whoever may not write
+// may not create subkeys either.
+enum class Rights {
+  All,
+  AllButOwnership,  // reading, writing and deleting, which is less than full access
+  Read,
+  Delete,
+  None,
+};
+
 class MemoryRegistry : public RegistryBackend {
  public:
   struct Node;
+  // A key without its link and where it really is: a root name and a path, never through
+  // HKEY_CLASSES_ROOT.
+  struct Found {
+    std::shared_ptr<Node> node;
+    std::wstring path;
+  };
   MemoryRegistry();
   ~MemoryRegistry() override;
 
@@ -33,11 +50,11 @@ class MemoryRegistry : public RegistryBackend {
   MemoryRegistry& Value(std::wstring_view path, std::wstring_view name, std::uint32_t type,
                         Bytes data);
   MemoryRegistry& Link(std::wstring_view path, std::wstring_view target);
-  // A child whose name may hold any character, NUL and backslash included.
+  // A child whose name may hold NULs.
   MemoryRegistry& Child(std::wstring_view parent, std::wstring name);
-  // Opening fails: altogether, or for full access only.
-  void Deny(std::wstring_view path);
-  void DenyWriting(std::wstring_view path);
+  void Restrict(std::wstring_view path, Rights rights);
+  void Deny(std::wstring_view path) { Restrict(path, Rights::None); }
+  void DenyWriting(std::wstring_view path) { Restrict(path, Rights::Read); }
   void Drop(std::wstring_view path);
 
   // Asking.
@@ -50,23 +67,18 @@ class MemoryRegistry : public RegistryBackend {
   // Runs before each Open or Create with the full path asked for, so that a test can change the
   // tree in the middle of a scan.
   std::function<void(const std::wstring& path)> beforeOpen;
-  int opens = 0;    // of Open and Create together
-  int queries = 0;  // of values
+  int opens = 0;             // of Open and Create together
+  int queries = 0;           // of values
+  bool refusesText = false;  // whatever the access control of a key says
 
-  std::unique_ptr<RegistryKey> Open(RootKey root, const RegistryKey* base, const std::wstring& path,
-                                    RegistryAccess access) override;
-  std::unique_ptr<RegistryKey> Create(RootKey root, const RegistryKey* base,
-                                      const std::wstring& path) override;
-  bool RemoveTree(RootKey root, const RegistryKey* base, const std::wstring& path) override;
+  std::unique_ptr<RegistryKey> Root(RootKey root) override;
 
  private:
-  [[nodiscard]] std::shared_ptr<Node> Find(std::wstring_view fullPath, bool followLastLink) const;
-  std::shared_ptr<Node> Make(std::wstring_view fullPath);
-  std::unique_ptr<RegistryKey> Wrap(const std::wstring& full, std::shared_ptr<Node> node,
-                                    RegistryAccess access);
-  bool RemoveAt(const std::wstring& full);
-  [[nodiscard]] std::wstring Resolve(RootKey root, const RegistryKey* base,
-                                     const std::wstring& path) const;
+  friend class MemoryKey;
+  [[nodiscard]] std::optional<Found> FindIn(std::wstring_view path, bool followLastLink) const;
+  // All keys that one path shows, the one that counts first.
+  [[nodiscard]] std::vector<Found> Find(std::wstring_view path, bool followLastLink) const;
+  std::shared_ptr<Node> Make(std::wstring_view path);
 
   std::shared_ptr<Node> top_;  // its children are the four roots
 };

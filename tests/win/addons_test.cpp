@@ -210,8 +210,7 @@ TEST_F(Removal, DeletesTheKeysOfButtonsAndContextEntries) {
 
   ASSERT_EQ(program.Open(L"IE Context Menus").size(), 4U);
   Remove(program, L"&Open %s", kEntryRemoved, {kMenuExt + L"\\&Open %s"});
-  // What lies behind a name with NUL can be listed, but not be opened or deleted by that name; the
-  // name before the NUL is another key's.
+  // What is listed can be removed, and the name before a NUL is another entry's.
   const Lines before = State();
   for (int row = 2; row >= 0; --row) {
     if (!program.Rows()[static_cast<std::size_t>(row)][1].empty()) continue;
@@ -220,8 +219,9 @@ TEST_F(Removal, DeletesTheKeysOfButtonsAndContextEntries) {
     program.Answer(IDYES);
     EXPECT_EQ(program.Answer(IDOK), kEntryRemoved);
   }
-  EXPECT_EQ(program.RowCount(), 1);
-  EXPECT_EQ(Differences(before, State()), Lines{});
+  EXPECT_EQ(program.Rows(), (Program::Texts{{L"&Open", L"res://other"}}));
+  EXPECT_EQ(Differences(before, State()),
+            (Lines{L"- " + kMenuExt + L"\\\0hidden"s, L"- " + kMenuExt + L"\\&Open\0 odd"s}));
 }
 
 }  // namespace

@@ -9,12 +9,12 @@
 namespace tarvelin::testing {
 namespace {
 
-constexpr wchar_t kScratch[] = L"Software\\Tarvelin contract";
+const std::wstring kScratch = L"HKCU\\Software\\Tarvelin contract";
 
 class WindowsWorld {
  public:
   WindowsWorld() {
-    (void)backend_.RemoveTree(RootKey::CurrentUser, nullptr, kScratch);
+    DeleteKey(kScratch);
     Redirect(HKEY_CLASSES_ROOT, L"\\Machine\\Software\\Classes");
     Redirect(HKEY_LOCAL_MACHINE, L"\\Machine");
     Redirect(HKEY_CURRENT_USER, L"\\User");
@@ -24,7 +24,7 @@ class WindowsWorld {
     for (const HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE, HKEY_CLASSES_ROOT}) {
       RegOverridePredefKey(root, nullptr);
     }
-    EXPECT_TRUE(backend_.RemoveTree(RootKey::CurrentUser, nullptr, kScratch));
+    DeleteKey(kScratch);
   }
 
   RegistryBackend& Backend() { return backend_; }
@@ -35,13 +35,16 @@ class WindowsWorld {
   }
   void Child(const std::wstring& parent, const std::wstring& name) { MakeOddKey(parent, name); }
   void Link(const std::wstring& path, const std::wstring& target) { MakeLink(path, target); }
-  void Deny(const std::wstring& path) { guarded_.emplace_back(path, kNoAccess); }
-  void DenyWriting(const std::wstring& path) { guarded_.emplace_back(path, kReadOnly); }
+  void Restrict(const std::wstring& path, Rights rights) {
+    constexpr const wchar_t* rules[] = {L"D:P(A;;KA;;;WD)", L"D:P(A;;KRKWSD;;;WD)", kReadOnly,
+                                        L"D:P(A;;SD;;;WD)", kNoAccess};
+    guarded_.emplace_back(path, rules[static_cast<std::size_t>(rights)]);
+  }
 
  private:
   static void Redirect(HKEY root, const wchar_t* place) {
     UniqueRegistryKey key;
-    EXPECT_EQ(0, RegCreateKeyExW(HKEY_CURRENT_USER, (kScratch + std::wstring(place)).c_str(), 0,
+    EXPECT_EQ(0, RegCreateKeyExW(HKEY_CURRENT_USER, (kScratch.substr(5) + place).c_str(), 0,
                                  nullptr, 0, KEY_ALL_ACCESS, nullptr, key.Put(), nullptr));
     EXPECT_EQ(0, RegOverridePredefKey(root, key.Get()));
   }

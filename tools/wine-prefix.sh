@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Private Wine prefixes: each a small Windows of its own, copied in a moment from one that is made
-# once (build/wine/base).
+# once (build/wine/base, or TARVELIN_WINE_BASE).
 #   wine-prefix.sh base              makes that one now; otherwise the first "new" does
 #   wine-prefix.sh new DIR null      a prefix whose programs get windows but no screen
 #   wine-prefix.sh new DIR screen    one whose windows appear on the caller's DISPLAY
@@ -16,7 +16,7 @@
 # Most files of drive_c are hard links to the base's: replace such a file, do not write into it.
 set -euo pipefail
 tools=$(cd "$(dirname "$0")" && pwd)
-base=$tools/../build/wine/base
+base=${TARVELIN_WINE_BASE-$tools/../build/wine/base}
 
 settings() {
   printf 'export WINEPREFIX=%q WINEARCH=win64 WINEDEBUG=-all\n' "$(realpath "$1")"

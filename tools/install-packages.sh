@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what is missing on a Debian machine: install-packages.sh build|test|run...
+# Installs what is missing on a Debian machine: install-packages.sh build|test|run|package|x86...
 set -euo pipefail
 
 packages=()
@@ -16,8 +16,14 @@ for purpose in "$@"; do
     run)
       packages+=(wine wine64 fonts-wine fonts-droid-fallback xvfb xdotool imagemagick)
       ;;
+    package)
+      packages+=(nsis librsvg2-bin imagemagick osslsigncode python3-pefile git)
+      ;;
+    x86)
+      packages+=(debootstrap)
+      ;;
     *)
-      echo "install-packages: build, test or run, not $purpose" >&2
+      echo "install-packages: build, test, run, package or x86, not $purpose" >&2
       exit 2
       ;;
   esac

@@ -45,9 +45,10 @@ make_base() {
     # It has no Chinese or Japanese characters; as on Windows another font lends them.
     cp /usr/share/fonts-droid-fallback/truetype/DroidSansFallback.ttf \
       "$base/drive_c/windows/Fonts/"
-    printf '\n[%s] 1700000000\n"Tahoma"=str(7):"%s\\0"\n' \
-      'Software\\Microsoft\\Windows NT\\CurrentVersion\\FontLink\\SystemLink' \
-      'DroidSansFallback.ttf,Droid Sans Fallback' >>"$base/system.reg"
+    printf '\n[%s] 1700000000\n' >>"$base/system.reg" \
+      'Software\\Microsoft\\Windows NT\\CurrentVersion\\FontLink\\SystemLink'
+    printf '"%s"=str(7):"DroidSansFallback.ttf,Droid Sans Fallback\\0"\n' >>"$base/system.reg" \
+      Tahoma 'Tahoma Bold'
     # The user's folders are links into the home directory; here they are folders.
     find "$base/drive_c/users" -type l | while read -r link; do
       rm "$link"

@@ -7,7 +7,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD deps=$PWD/build/deps
 [ $# -gt 0 ] || set -- mingw-x64 mingw-x86
-stamp=$(cat tools/build-deps.sh cmake/mingw*.cmake | sha256sum)
+stamp=$(cat tools/build-deps.sh tools/libpng.dfa cmake/mingw*.cmake | sha256sum)
 
 missing=()
 for preset in "$@"; do
@@ -82,8 +82,8 @@ build_one() { # PRESET PACKAGE OPTIONS...
   echo "build-deps: building $package for $preset"
   cmake -G Ninja -S "src/$package" -B "$preset.build/$package" \
     -DCMAKE_TOOLCHAIN_FILE="$root/cmake/$preset.cmake" -DCMAKE_BUILD_TYPE=Release \
-    -DCMAKE_C_FLAGS="-ffunction-sections -fdata-sections -fstack-protector-strong" \
-    -DCMAKE_C_FLAGS_RELEASE="-O2 -DNDEBUG" \
+    -DCMAKE_C_FLAGS="-ffunction-sections -fdata-sections -fstack-protector-strong -DNO_GETENV" \
+    -DCMAKE_C_FLAGS_RELEASE="-Os -DNDEBUG" \
     -DCMAKE_INSTALL_PREFIX="$deps/$preset.new" "$@"
   cmake --build "$preset.build/$package" --target install
 }
@@ -91,8 +91,11 @@ build_one() { # PRESET PACKAGE OPTIONS...
 build() {
   local preset=$1
   rm -rf "$preset.new" "$preset.build"
-  build_one "$preset" libpng1.6 -DPNG_SHARED=OFF -DPNG_TESTS=OFF
-  build_one "$preset" libjpeg-turbo -DENABLE_SHARED=OFF -DWITH_TURBOJPEG=OFF -DWITH_SIMD=OFF
+  # Only what decodes a picture is wanted. NO_GETENV, above, keeps libjpeg from being told by the
+  # environment how much memory to take.
+  build_one "$preset" libpng1.6 -DPNG_SHARED=OFF -DPNG_TESTS=OFF -DDFA_XTRA="$root/tools/libpng.dfa"
+  build_one "$preset" libjpeg-turbo -DENABLE_SHARED=OFF -DWITH_TURBOJPEG=OFF -DWITH_SIMD=OFF \
+    -DWITH_ARITH_ENC=OFF
   cat src/libpng1.6/LICENSE src/libjpeg-turbo/LICENSE.md /usr/share/doc/libz-mingw-w64-dev/copyright \
     /usr/share/doc/mingw-w64-common/copyright >"$preset.new/licenses.txt"
   # The package versions of all that a program is linked with.
@@ -118,6 +121,10 @@ echo "build-deps: reading the lists of source packages"
 private_apt apt-get -q update >update.log 2>&1 || true
 fetch libpng1.6
 fetch libjpeg-turbo
+# What libjpeg can do only for a caller that asks for it: other sizes, palettes, rougher sums. There
+# is no option for these.
+sed -i -E '/^#define (DCT_IFAST|DCT_FLOAT|IDCT_SCALING|UPSAMPLE_MERGING|QUANT_[12]PASS)_SUPPORTED/d' \
+  src/libjpeg-turbo/jmorecfg.h
 
 jobs=()
 for preset in "${missing[@]}"; do

@@ -12,7 +12,7 @@ import sys
 
 import pefile
 
-SIZE_LIMIT = 1_200_000
+SIZE_LIMIT = 800_000
 ICON_SIZES = {16, 24, 32, 48, 256}
 X64 = 0x8664
 X86 = 0x014C

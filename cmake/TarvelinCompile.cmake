@@ -71,4 +71,13 @@ function(tarvelin_library name)
   foreach(dependency IN LISTS ARG_DEPENDS)
     target_link_libraries(tarvelin_${name} PUBLIC tarvelin_${dependency})
   endforeach()
+
+  # The whole library has to link with what it depends on and nothing else: a call upwards, which
+  # no include need show, would be missing here.
+  if(NOT MSVC)
+    file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/alone.cpp" CONTENT "int main() {}\n")
+    add_executable(tarvelin_${name}_alone "${CMAKE_BINARY_DIR}/alone.cpp")
+    target_link_libraries(tarvelin_${name}_alone PRIVATE -Wl,--whole-archive tarvelin_${name}
+                          -Wl,--no-whole-archive)
+  endif()
 endfunction()

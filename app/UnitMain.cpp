@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "common/Corvane_Routine_New.h"
+#include "common/flag_guard.h"
 #include "common/registry_editor.h"
 #include "shellmenu/shellmenu.h"
 #include "widgets/list_update.h"
@@ -332,7 +333,6 @@ void TFormMain::CreateBottom() {
   bottom.anchor = Anchor::Bottom;
   AddImage(L"img1", bottom, {0, 0, 743, 1}, L"line.png");
   auto& close = Create<TButton>(L"btnClose", &bottom, TRect{638, 13, 90, 25}, L"Close");
-  close.isCancel = true;
   close.OnClick = [this] { Close(); };
 }
 
@@ -358,7 +358,7 @@ void TFormMain::FormCreate(std::wstring_view executableFolder) {
   const std::vector<std::wstring> texts{Message(L"M_Nonexist_Path", L"Nonexistent File Path")};
   scanner_ = std::make_unique<TScanIeBrowser>(platform_, *language_, texts);
 
-  application_.Run([this] { ReadSendToFolder(); });
+  application_.Report([this] { ReadSendToFolder(); });
   ChooseHeaderPictures();
 }
 
@@ -395,10 +395,13 @@ void TFormMain::FormShow() {
   chkBoxAll->SetBounds(bounds);
 
   // The window appears even when its first page cannot be read.
-  application_.Run([this] { Controls(Page::ShellExtensions).item->Click(); });
+  application_.Report([this] { Controls(Page::ShellExtensions).item->Click(); });
 }
 
-void TFormMain::FormClose() { scanner_.reset(); }
+void TFormMain::FormClose() {
+  application_.Terminate();
+  scanner_.reset();
+}
 
 void TFormMain::TranslateWindows() {
   for (TForm* form : application_.Forms()) language_->Translate(*form);
@@ -407,10 +410,11 @@ void TFormMain::TranslateWindows() {
 // ---- Navigation ----
 
 void TFormMain::ItemClick(Page page) {
-  if (!scanner_) return;  // the window was closed while a listing let messages through
-  const PageControls& controls = Controls(page);
+  PageControls& controls = Controls(page);
   RzGroupBar->SelectItem(*controls.item);
-  {
+  // A listing that lets messages through must not be begun a second time by a click on its item.
+  if (!controls.scanning) {
+    const FlagGuard scanning(controls.scanning, true);
     const ListUpdate update(*controls.list);
     PageTable()[static_cast<std::size_t>(page)].scan(*this, *controls.list);
   }
@@ -446,7 +450,7 @@ void TFormMain::lvToolSelectItem() {
   if (List(Page::Toolbars).SelectedIndex() < 0) {
     remove.SetEnabled(false);
     properties.SetEnabled(false);
-  } else if (const auto* record = SelectedRecord<TIESec>(Page::Toolbars)) {
+  } else if (const auto record = SelectedRecord<TIESec>(Page::Toolbars)) {
     remove.SetEnabled(true);
     // A row whose module is gone leaves Properties as the row before it did.
     if (platform_.files.FileExists(record->FilePath)) properties.SetEnabled(true);
@@ -461,24 +465,37 @@ void TFormMain::lvHijackItemChecked() {
 }
 
 template <typename Record>
-Record* TFormMain::SelectedRecord(Page page) {
+std::shared_ptr<Record> TFormMain::SelectedRecord(Page page) {
   const TListView& list = List(page);
   return list.SelectedIndex() < 0 ? nullptr : list.Data<Record>(list.SelectedIndex());
 }
 
 // ---- Removal ----
 
-bool TFormMain::ConfirmRemoval(const TListView& list) {
+template <typename Record>
+void TFormMain::RemoveSelected(Page page, const std::function<Removal(const Record&)>& remove,
+                               std::wstring_view englishSuccess) {
+  TListView& list = List(page);
+  // The row is known by its record from here on: the selection may move while the question stands,
+  // or while a module that is unregistered does what it likes.
+  const auto record = SelectedRecord<Record>(page);
+  if (!record) return;
   const std::wstring question =
       FormatMessageText(Message(L"M_Remove_Warning", L"Are you sure to remove \"%s\"") + L"?",
-                        list.Item(list.SelectedIndex()).caption);
-  return platform_.boxes.Show(question, Message(L"M_Warning", L"Warning"), kBoxYesNoQuestion) ==
-         kAnswerYes;
-}
+                        ShortenedName(list.Item(list.IndexOf(*record)).caption));
+  if (platform_.boxes.Show(question, Message(L"M_Warning", L"Warning"), kBoxYesNoQuestion) !=
+      kAnswerYes) {
+    return;
+  }
+  if (list.IndexOf(*record) < 0) return;
 
-void TFormMain::FinishRemoval(TListView& list, std::wstring_view englishSuccess) {
-  list.Delete(list.SelectedIndex());
-  platform_.boxes.Show(Message(L"M_Remove_Success", englishSuccess), Caption(), kBoxOk);
+  const Removal result = remove(*record);
+  if (result != Removal::FileInUse) list.Delete(list.IndexOf(*record));
+  if (result == Removal::Done) {
+    platform_.boxes.Show(Message(L"M_Remove_Success", englishSuccess), Caption(), kBoxOk);
+  } else {
+    ShowFailure(Message(L"M_Unable_Delete_File", L"Unable to delete file"));
+  }
 }
 
 void TFormMain::ShowFailure(const std::wstring& caption) {
@@ -487,80 +504,73 @@ void TFormMain::ShowFailure(const std::wstring& caption) {
                        caption, kBoxError);
 }
 
-constexpr std::wstring_view kRemoved = L"Remove successfully!";
-
 void TFormMain::btnSERmvClick() {
-  const auto* record = SelectedRecord<TShellExtension>(Page::ShellExtensions);
-  if (!record) {
+  if (List(Page::ShellExtensions).SelectedIndex() < 0) {
     platform_.boxes.Show(Message(L"M_Select_None", L"No item selected."), Caption(), kBoxError);
     return;
   }
-  TListView& list = List(Page::ShellExtensions);
-  if (!ConfirmRemoval(list)) return;
-  RemoveShellKey(platform_.registry, record->KeyPath);
-  FinishRemoval(list, kRemoved);
+  RemoveSelected<TShellExtension>(Page::ShellExtensions, [this](const TShellExtension& record) {
+    RemoveShellKey(platform_.registry, record.KeyPath);
+    return Removal::Done;
+  });
 }
 
 void TFormMain::btnNewRmvClick() {
-  const auto* record = SelectedRecord<TNew>(Page::New);
-  if (!record || !ConfirmRemoval(List(Page::New))) return;
-  RemoveShellKey(platform_.registry, record->KeyPath);
-  FinishRemoval(List(Page::New), kRemoved);
+  RemoveSelected<TNew>(Page::New, [this](const TNew& record) {
+    RemoveShellKey(platform_.registry, record.KeyPath);
+    return Removal::Done;
+  });
 }
 
 void TFormMain::btnStRmvClick() {
-  const auto* record = SelectedRecord<TSendTo>(Page::SendTo);
-  if (!record || !ConfirmRemoval(List(Page::SendTo))) return;
-  // Success is reported whatever came of it: the row is gone until the folder is read again.
-  static_cast<void>(platform_.files.RemoveFile(record->FilePath));
-  FinishRemoval(List(Page::SendTo), kRemoved);
+  RemoveSelected<TSendTo>(Page::SendTo, [this](const TSendTo& record) {
+    // Success is reported whatever came of it: the row is gone until the folder is read again.
+    static_cast<void>(platform_.files.RemoveFile(record.FilePath));
+    return Removal::Done;
+  });
 }
 
 void TFormMain::btnCMRmvClick() {
-  const auto* record = SelectedRecord<TIESec>(Page::ContextMenus);
-  if (!record || !ConfirmRemoval(List(Page::ContextMenus))) return;
-  scanner_->RemoveAddon(RemovalMode::DeleteContextEntry, record->RegLocation);
-  FinishRemoval(List(Page::ContextMenus), L"Remove success!");
+  RemoveSelected<TIESec>(
+      Page::ContextMenus,
+      [this](const TIESec& record) {
+        scanner_->RemoveAddon(RemovalMode::DeleteContextEntry, record.RegLocation);
+        return Removal::Done;
+      },
+      L"Remove success!");
 }
 
 void TFormMain::btnExBtnRmvClick() {
-  const auto* record = SelectedRecord<TIESec>(Page::ExtraButtons);
-  if (!record || !ConfirmRemoval(List(Page::ExtraButtons))) return;
-  scanner_->RemoveAddon(RemovalMode::DeleteExtraButton, record->RegLocation);
-  FinishRemoval(List(Page::ExtraButtons), kRemoved);
+  RemoveSelected<TIESec>(Page::ExtraButtons, [this](const TIESec& record) {
+    scanner_->RemoveAddon(RemovalMode::DeleteExtraButton, record.RegLocation);
+    return Removal::Done;
+  });
 }
 
 void TFormMain::btnExpBarRmvClick() {
-  const auto* record = SelectedRecord<TIESec>(Page::Bars);
-  if (!record || !ConfirmRemoval(List(Page::Bars))) return;
-  scanner_->RemoveAddon(RemovalMode::DeleteValueAndFile,
-                        record->RegLocation + L"|" + record->FilePath);
-  FinishRemoval(List(Page::Bars), kRemoved);
+  RemoveSelected<TIESec>(Page::Bars, [this](const TIESec& record) {
+    scanner_->RemoveAddon(RemovalMode::DeleteValueAndFile,
+                          record.RegLocation + L"|" + record.FilePath);
+    return Removal::Done;  // whatever became of the file
+  });
 }
 
 void TFormMain::btnTlbarRmvClick() {
-  const auto* record = SelectedRecord<TIESec>(Page::Toolbars);
-  TListView& list = List(Page::Toolbars);
-  if (!record || !ConfirmRemoval(list)) return;
-  const int result = scanner_->RemoveAddon(RemovalMode::DeleteValueAndFile,
-                                           record->RegLocation + L"|" + record->FilePath);
-  if (result == 0) {
-    FinishRemoval(list, kRemoved);
-  } else {
-    list.Delete(list.SelectedIndex());
-    ShowFailure(Message(L"M_Unable_Delete_File", L"Unable to delete file"));
-  }
+  RemoveSelected<TIESec>(Page::Toolbars, [this](const TIESec& record) {
+    const int result = scanner_->RemoveAddon(RemovalMode::DeleteValueAndFile,
+                                             record.RegLocation + L"|" + record.FilePath);
+    return result == 0 ? Removal::Done : Removal::FileStays;
+  });
 }
 
 void TFormMain::RemoveModule(Page page, RemovalMode mode) {
-  const auto* record = SelectedRecord<TIESec>(page);
-  if (!record || !ConfirmRemoval(List(page))) return;
-  if (IsFileInUse(platform_.files, std::wstring(Trim(record->FilePath)))) {
-    ShowFailure(Message(L"M_Unable_Delete_File", L"Unable to delete file"));
-    return;
-  }
-  scanner_->RemoveAddon(mode, record->FilePath + L"|" + record->RegLocation);
-  FinishRemoval(List(page), kRemoved);
+  RemoveSelected<TIESec>(page, [this, mode](const TIESec& record) {
+    if (IsFileInUse(platform_.files, std::wstring(Trim(record.FilePath)))) {
+      return Removal::FileInUse;
+    }
+    scanner_->RemoveAddon(mode, record.FilePath + L"|" + record.RegLocation);
+    return Removal::Done;
+  });
 }
 
 void TFormMain::btnBHORmvClick() {
@@ -573,7 +583,7 @@ void TFormMain::btnDARmvClick() { RemoveModule(Page::ActiveX, RemovalMode::Unreg
 
 void TFormMain::ShowRowProperties(Page page) {
   // The shell reports nothing of a file that has gone, and neither does the button.
-  if (const auto* record = SelectedRecord<TIESec>(page)) {
+  if (const auto record = SelectedRecord<TIESec>(page)) {
     ShowFileProperties(platform_.shell, record->FilePath);
   }
 }
@@ -584,7 +594,7 @@ void TFormMain::btnBHOPPTClick() { ShowRowProperties(Page::HelperObjects); }
 void TFormMain::btnDAPPTClick() { ShowRowProperties(Page::ActiveX); }
 
 void TFormMain::btnSEKeyClick() {
-  if (const auto* record = SelectedRecord<TShellExtension>(Page::ShellExtensions)) {
+  if (const auto record = SelectedRecord<TShellExtension>(Page::ShellExtensions)) {
     OpenRegEditAt(platform_.editor, L"HKEY_CLASSES_ROOT" + record->KeyPath, L"");
   } else {
     platform_.boxes.Show(Message(L"M_Select_None", L"No item selected."), application_.Title(),

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -58,6 +59,7 @@ class TFormMain : public TForm {
     TPageTab* page = nullptr;
     TListView* list = nullptr;
     std::vector<TButton*> buttons;
+    bool scanning = false;
   };
 
   // Building
@@ -108,13 +110,17 @@ class TFormMain : public TForm {
   void Button_RestoreClick();
 
   // What the commands share
-  [[nodiscard]] bool ConfirmRemoval(const TListView& list);
-  void FinishRemoval(TListView& list, std::wstring_view englishSuccess);
+  enum class Removal { Done, FileInUse, FileStays };
+  // Asks, removes what the selected row stands for, takes the row out and tells what came of it. A
+  // file that is in use leaves the row as it was.
+  template <typename Record>
+  void RemoveSelected(Page page, const std::function<Removal(const Record&)>& remove,
+                      std::wstring_view englishSuccess = L"Remove successfully!");
   void RemoveModule(Page page, RemovalMode mode);
   void ShowRowProperties(Page page);
   void ShowFailure(const std::wstring& caption);
   template <typename Record>
-  [[nodiscard]] Record* SelectedRecord(Page page);
+  [[nodiscard]] std::shared_ptr<Record> SelectedRecord(Page page);
 
   [[nodiscard]] PageControls& Controls(Page page) { return pages_[static_cast<std::size_t>(page)]; }
   [[nodiscard]] TListView& List(Page page) { return *Controls(page).list; }

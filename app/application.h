@@ -1,5 +1,5 @@
-// The application object: its title, its windows and the one place where an error that ended a
-// command is shown.
+// The application object: its title, its windows and the one place where commands are let in and
+// an error that ended one is shown.
 #pragma once
 
 #include <functional>
@@ -9,11 +9,12 @@
 
 #include "common/messages.h"
 #include "common/platform.h"
+#include "widgets/commands.h"
 #include "widgets/components.h"
 
 namespace tarvelin {
 
-class TApplication {
+class TApplication : public Commands {
  public:
   TApplication(MessageBoxes& boxes, std::wstring_view title) : boxes_(boxes), title_(title) {}
 
@@ -26,15 +27,23 @@ class TApplication {
   // The language of error messages, English while there is none.
   void SetMessages(const MessageLookup* messages) { messages_ = messages; }
 
-  // Runs a command. An error that ends it is shown in a message box with the error icon, titled
-  // with the application's title, and the program works on.
-  void Run(const std::function<void()>& command);
+  // An error is shown in a message box with the error icon, titled with the application's title,
+  // and the program works on.
+  void Run(const std::function<void()>& command) override;
+  void Report(const std::function<void()>& report) override;
+  [[nodiscard]] bool Busy() const override { return busy_; }
+  void Listen(const std::function<void()>& wait) override;
+
+  // The main window was closed: no command runs any more, and no error is shown.
+  void Terminate() { terminated_ = true; }
 
  private:
   MessageBoxes& boxes_;
   std::wstring title_;
   std::vector<TForm*> forms_;
   const MessageLookup* messages_ = nullptr;
+  bool busy_ = false;
+  bool terminated_ = false;
 };
 
 }  // namespace tarvelin

@@ -79,6 +79,17 @@ std::wstring FormatMessageText(std::wstring_view message, std::wstring_view argu
   return ReplaceFirst(message, L"%s", argument);
 }
 
+std::wstring ShortenedName(std::wstring_view name) {
+  constexpr std::size_t longest = 1000;
+  if (name.size() <= longest) return std::wstring(name);
+  auto head = name.substr(0, longest / 2);
+  auto tail = name.substr(name.size() - (longest / 2 - 1));
+  // No half of a surrogate pair stays behind.
+  if (IsHighSurrogate(UnitAt(head, head.size() - 1))) head.remove_suffix(1);
+  if (IsLowSurrogate(UnitAt(tail, 0))) tail.remove_prefix(1);
+  return std::wstring(head).append(L"\u2026").append(tail);
+}
+
 std::wstring FromUtf16Le(std::span<const std::byte> data) { return FromUtf16(data, 0); }
 
 std::wstring FromUtf16Be(std::span<const std::byte> data) { return FromUtf16(data, 1); }

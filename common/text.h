@@ -42,6 +42,10 @@ struct TextLess {
 // translation or a registry name can never act as a format string.
 [[nodiscard]] std::wstring FormatMessageText(std::wstring_view message, std::wstring_view argument);
 
+// A name as a message box shows it: beyond 1,000 characters its middle gives way to an ellipsis, as
+// a box that grows with its text would leave the screen.
+[[nodiscard]] std::wstring ShortenedName(std::wstring_view name);
+
 // The text of UTF-16 (little endian or big endian) or UTF-8 bytes. In UTF-16 an odd last byte is
 // dropped and an unpaired surrogate is kept, because Windows allows it in names of files and keys;
 // in UTF-8 malformed sequences become U+FFFD.

@@ -36,7 +36,7 @@ void TFormChange::FormShow() {
 
 void TFormChange::btnOKClick() {
   const int row = settingsList_.SelectedIndex();
-  const auto* record = row < 0 ? nullptr : settingsList_.Data<TIESec>(row);
+  const auto record = row < 0 ? nullptr : settingsList_.Data<TIESec>(row);
   if (!record) {
     throw TError(L"M_Error_No_Item",
                  L"No setting is selected. Choose Cancel and select one in the list.", L"");

@@ -66,7 +66,7 @@ void TScanIeBrowser::ScanIeSettings(TListView& list) {
 int TScanIeBrowser::RestoreSettings(TListView& list) {
   int written = 0;
   for (int index = 0; index < list.Count(); ++index) {
-    const auto* record = list.Data<TIESec>(index);
+    const auto record = list.Data<TIESec>(index);
     if (!record || !list.Item(index).checked) continue;
     try {
       if (!WriteDefault(platform_.registry, *record)) continue;

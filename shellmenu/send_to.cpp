@@ -26,16 +26,14 @@ int ScanFolderToList(TPlatform& platform, TListView& list, TImageList& images,
   if (!prefix.ends_with(L'\\')) prefix += L'\\';
 
   // Every name is taken before the first message is handled, so that no search handle is open while
-  // the user's clicks do what they like, removing a row or closing the window among it.
+  // the user's clicks do what they like, removing a row or closing the window among it. Another
+  // listing of this page is not among it: the window sees to that.
   std::vector<std::wstring> names;
   platform.files.ForEachEntry(prefix + L"*.*",
                               [&](const std::wstring& name) { names.push_back(name); });
   RowImages rowImages(platform, images);
-  int added = 0;
   for (const std::wstring& name : names) {
     platform.display.ProcessMessages();
-    // More rows than came from here: a second click on the page's item has listed the folder.
-    if (list.Count() > added) break;
     if (name == L"." || name == L"..") continue;
 
     auto record = std::make_unique<TSendTo>();
@@ -46,7 +44,6 @@ int ScanFolderToList(TPlatform& platform, TListView& list, TImageList& images,
     row.data = std::move(record);
     row.checked = true;  // not seen: the page has no check boxes
     list.Add(std::move(row));
-    ++added;
   }
   return 0;
 }

@@ -165,6 +165,12 @@ const TListItem& TListView::Item(int index) const {
   return const_cast<TListView*>(this)->At(index);
 }
 
+int TListView::IndexOf(const TRecord& record) const {
+  const auto row = std::ranges::find_if(
+      items_, [&](const TListItem& item) { return item.data.get() == &record; });
+  return row == items_.end() ? -1 : static_cast<int>(row - items_.begin());
+}
+
 void TListView::SetColumnCaption(std::size_t column, std::wstring_view caption) {
   columns_.at(column).caption = caption;
   if (auto* peer = ListPeer()) peer->ColumnsChanged();

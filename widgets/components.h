@@ -247,7 +247,7 @@ struct TListItem {
   std::vector<std::wstring> subItems;
   int imageIndex = -1;
   bool checked = false;
-  std::unique_ptr<TRecord> data;
+  std::shared_ptr<TRecord> data;  // a command holds on to the record of its row as well
 };
 
 class ListViewPeer : public ControlPeer {
@@ -279,9 +279,11 @@ class TListView : public TControl {
   [[nodiscard]] const TListItem& Item(int index) const;
   // The record of a row as the kind that its page attaches; null when it has none.
   template <typename Record>
-  [[nodiscard]] Record* Data(int index) const {
-    return dynamic_cast<Record*>(Item(index).data.get());
+  [[nodiscard]] std::shared_ptr<Record> Data(int index) const {
+    return std::dynamic_pointer_cast<Record>(Item(index).data);
   }
+  // The row that owns a record, -1 when none does any more.
+  [[nodiscard]] int IndexOf(const TRecord& record) const;
 
   int Add(TListItem item);  // at the end; returns its index
   // Takes the row out. A selected row is deselected first; OnDeletion runs before it goes.

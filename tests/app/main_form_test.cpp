@@ -172,6 +172,53 @@ TEST_F(MainForm, RemovesAModuleThatIsFreeOnceThatIsConfirmed) {
   EXPECT_FALSE(Enabled(L"btnBHORmv"));
 }
 
+TEST_F(MainForm, NothingElseHappensInTheMiddleOfACommand) {
+  Start();
+  Visit(L"IE BHOs");
+  TListView& list = List(L"lvBHO");
+  const auto meddle = [&] {
+    EXPECT_TRUE(application_.Busy());
+    application_.Run([&] { form_->Close(); });
+    Visit(L"IE Toolbars");
+    application_.Report([&] { list.SetSelectedIndex(1); });
+    Press(L"btnBHORmv");
+    Press(L"btnClose");
+  };
+  world_.boxes.onShow = world_.modules.onUnregister = meddle;
+  list.SetSelectedIndex(0);
+  world_.boxes.answers = {kAnswerYes, kAnswerOk};
+  Press(L"btnBHORmv");
+  EXPECT_EQ(world_.modules.unregistered, std::vector<std::wstring>{L"C:\\B.dll"});
+  EXPECT_FALSE(world_.registry.Has(kClasses + L"CLSID\\{B}"));
+  EXPECT_TRUE(world_.registry.Has(kClasses + L"CLSID\\{C}"));
+  ASSERT_EQ(list.Count(), 1);
+  EXPECT_EQ(list.Data<TIESec>(0)->FilePath, L"C:\\C.dll");
+  EXPECT_EQ(ActivePage(), L"PageTab_IE_BHO");
+  EXPECT_TRUE(form_->Visible());
+
+  // A row that has gone while the question stood is not removed from anywhere.
+  world_.boxes.onShow = [&] { list.Delete(0); };
+  list.SetSelectedIndex(0);
+  const auto before = world_.registry.Dump();
+  world_.boxes.answers = {kAnswerYes};
+  Press(L"btnBHORmv");
+  EXPECT_EQ(world_.registry.Dump(), before);
+}
+
+TEST_F(MainForm, ALongNameIsShortenedInAQuestion) {
+  const std::wstring name = std::wstring(499, L'a') + L"\xD83C" + std::wstring(19'000, L'm') +
+                            L"\xDF32" + std::wstring(498, L'z');
+  world_.registry.Text(
+      L"HKEY_CURRENT_USER\\Software\\Microsoft\\Internet Explorer\\MenuExt\\" + name, L"", L"");
+  Start();
+  Visit(L"IE Context Menus");
+  List(L"lvMenu").SetSelectedIndex(0);
+  world_.boxes.answers = {kAnswerNo};
+  Press(L"btnCMRmv");
+  EXPECT_EQ(world_.boxes.shown.back().text, L"Are you sure to remove \"" + std::wstring(499, L'a') +
+                                                L"\x2026" + std::wstring(498, L'z') + L"\"?");
+}
+
 TEST_F(MainForm, ARestoreThatWritesNothingClearsSelectAllAlone) {
   Start();
   Visit(L"IE Settings");
@@ -221,11 +268,25 @@ TEST_F(MainForm, SpeaksTheLanguageOfTheSettingsFile) {
   EXPECT_EQ(world_.boxes.shown.back().caption, L"");  // present but empty is not missing
 }
 
-TEST_F(MainForm, ClosingDuringAListingIsSafe) {
-  world_.files.entries[L"C:\\SendTo\\*.*"] = {L".", L"..", L"a.lnk", L"b.lnk"};
+TEST_F(MainForm, AListingLetsOtherCommandsThrough) {
+  world_.files.entries[L"C:\\SendTo\\*.*"] = {L".", L"..", L"a.lnk", L"b.lnk", L"c.lnk"};
   Start();
+  TListView& list = List(L"lvSendList");
+  // All rows so far go, and the page's item is clicked again.
+  const auto meddle = [&] {
+    while (list.Count() > 0) list.Delete(0);
+    Visit(L"Send to");
+    Visit(L"IE Bars");
+  };
+  world_.display.onProcessMessages = [&] { application_.Listen(meddle); };
+  Visit(L"Send to");
+  ASSERT_EQ(list.Count(), 1);
+  EXPECT_EQ(list.Item(0).caption, L"c");
+  EXPECT_EQ(ActivePage(), L"PageTab_IE_Bar");
+
+  list.Delete(0);
   world_.display.onProcessMessages = [this] {
-    form_->Close();
+    application_.Listen([this] { application_.Run([this] { form_->Close(); }); });
     Visit(L"IE BHOs");
   };
   Visit(L"Send to");

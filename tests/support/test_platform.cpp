@@ -101,6 +101,7 @@ int FakeBoxes::Show(const std::wstring& text, const std::wstring& caption, std::
   }
   const int answer = answers.front();
   answers.erase(answers.begin());
+  if (onShow) onShow();
   return answer;
 }
 

@@ -47,7 +47,11 @@ class FakeFiles : public FileSystem {
 class FakeModules : public ModuleRegistrar {
  public:
   std::vector<std::wstring> unregistered;
-  void Unregister(const std::wstring& path) override { unregistered.push_back(path); }
+  std::function<void()> onUnregister;  // the module's own code
+  void Unregister(const std::wstring& path) override {
+    unregistered.push_back(path);
+    if (onUnregister) onUnregister();
+  }
 };
 
 class FakeIcon : public Icon {
@@ -99,6 +103,7 @@ class FakeBoxes : public MessageBoxes {
   };
   std::vector<int> answers;
   std::vector<Box> shown;
+  std::function<void()> onShow;  // while a box is open
   int Show(const std::wstring& text, const std::wstring& caption, std::uint32_t flags) override;
 };
 

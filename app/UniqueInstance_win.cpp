@@ -76,6 +76,12 @@ LRESULT CALLBACK UniqueInstance::Procedure(HWND window, UINT message, WPARAM wPa
     instance->Raise();
     return 0;
   }
+  if (instance && message == WM_CLOSE) {
+    // Whoever ends programs by closing their windows means the one that is seen; without this one
+    // no second start would reach the program.
+    if (instance->mainWindow_) SendMessageW(instance->mainWindow_, WM_CLOSE, 0, 0);
+    return 0;
+  }
   return DefWindowProcW(window, message, wParam, lParam);
 }
 

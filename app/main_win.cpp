@@ -57,11 +57,10 @@ void RunProgram(HINSTANCE instance) {
 
   WindowsPlatform windows;
   MessageLoop loop;
-  windows.SetMessagePump([&] { loop.ProcessWaiting(); });
   TApplication application(windows.Get().boxes, kTitle);
-  PeerContext context{
-      instance, loop, [&](const std::function<void()>& command) { application.Run(command); },
-      ProgramIcon(instance, SM_CXICON, SM_CYICON), ProgramIcon(instance, SM_CXSMICON, SM_CYSMICON)};
+  windows.SetMessagePump([&] { application.Listen([&] { loop.ProcessWaiting(); }); });
+  PeerContext context{instance, loop, application, ProgramIcon(instance, SM_CXICON, SM_CYICON),
+                      ProgramIcon(instance, SM_CXSMICON, SM_CYSMICON)};
 
   TFormMain main(windows.Get(), application, path.substr(0, path.rfind(L'\\') + 1));
   TFormChange change(windows.Get(), main.lvHijack(), [&] { main.TranslateWindows(); });

@@ -285,8 +285,13 @@ bool Run() {
   WindowsPlatform platform;
   MessageLoop loop;
   platform.SetMessagePump([&] { loop.ProcessWaiting(); });
-  PeerContext context{GetModuleHandleW(nullptr), loop,
-                      [](const std::function<void()>& command) { command(); }, nullptr, nullptr};
+  struct : Commands {
+    void Run(const std::function<void()>& command) override { command(); }
+    void Report(const std::function<void()>& report) override { report(); }
+    [[nodiscard]] bool Busy() const override { return false; }
+    void Listen(const std::function<void()>& wait) override { wait(); }
+  } commands;
+  PeerContext context{GetModuleHandleW(nullptr), loop, commands, nullptr, nullptr};
 
   const auto measureNew = [&](int types) {
     const SeededSystem seeded(types);

@@ -6,7 +6,9 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <vector>
 
+#include "common/keys_win.h"
 #include "common/registry_win.h"
 #include "common/version_win.h"
 
@@ -160,6 +162,37 @@ class CompanionFolder {
   ~CompanionFolder() { SetDllDirectoryW(L""); }
 };
 
+// While it lives, the windows of this thread take no input: somebody else's code runs in it, which
+// may show a box of its own or let messages through in some other way. Messages that are not input,
+// and what a disabled window still gets, are the windows' own business.
+class InputBlock {
+ public:
+  InputBlock() : active_(GetActiveWindow()), focus_(GetFocus()) {
+    EnumThreadWindows(GetCurrentThreadId(), Disable, reinterpret_cast<LPARAM>(&disabled_));
+  }
+  InputBlock(const InputBlock&) = delete;
+  InputBlock& operator=(const InputBlock&) = delete;
+  ~InputBlock() {
+    for (const HWND window : disabled_) EnableWindow(window, TRUE);
+    // Windows has activated another program when a box closed that had no enabled owner.
+    if (active_ && IsWindow(active_) && GetActiveWindow() != active_) SetForegroundWindow(active_);
+    if (focus_ && IsWindow(focus_) && GetActiveWindow() == active_) SetFocus(focus_);
+  }
+
+ private:
+  static BOOL CALLBACK Disable(HWND window, LPARAM disabled) {
+    if (IsWindowVisible(window) && IsWindowEnabled(window)) {
+      reinterpret_cast<std::vector<HWND>*>(disabled)->push_back(window);
+      EnableWindow(window, FALSE);
+    }
+    return TRUE;
+  }
+
+  HWND active_;
+  HWND focus_;
+  std::vector<HWND> disabled_;
+};
+
 class WindowsModules : public ModuleRegistrar {
  public:
   explicit WindowsModules(Com& com) : com_(com) {}
@@ -170,6 +203,7 @@ class WindowsModules : public ModuleRegistrar {
     if (!IsAbsolute(path)) return;
     com_.Start();
     const QuietErrors quiet;
+    const InputBlock block;
     // Its own folder and the system's, but not the program's. The flag is for the libraries that it
     // is linked to, the guard for those that it loads while it runs.
     const CompanionFolder companions(path.substr(0, path.rfind(L'\\')));
@@ -192,6 +226,7 @@ class WindowsModules : public ModuleRegistrar {
 // Runs a verb on a file and gives the process, if one was started; nullopt when Windows refuses.
 std::optional<UniqueKernelObject> Execute(const std::wstring& path, const wchar_t* verb, ULONG mask,
                                           int show) {
+  const InputBlock block;  // extensions of the shell run in this process
   SHELLEXECUTEINFOW request{};
   request.cbSize = sizeof request;
   request.fMask = mask;
@@ -251,13 +286,34 @@ class WindowsShell : public Shell {
   Com& com_;
 };
 
+// While it lives, a key that is held down answers no box. The box has a message loop of its own.
+class HeldKeysFilter {
+ public:
+  HeldKeysFilter()
+      : hook_(SetWindowsHookExW(WH_MSGFILTER, Filter, nullptr, GetCurrentThreadId())) {}
+  HeldKeysFilter(const HeldKeysFilter&) = delete;
+  HeldKeysFilter& operator=(const HeldKeysFilter&) = delete;
+  ~HeldKeysFilter() {
+    if (hook_) UnhookWindowsHookEx(hook_);
+  }
+
+ private:
+  static LRESULT CALLBACK Filter(int code, WPARAM unused, LPARAM message) {
+    if (code == MSGF_DIALOGBOX && IsHeldAnswer(*reinterpret_cast<const MSG*>(message))) return TRUE;
+    return CallNextHookEx(nullptr, code, unused, message);
+  }
+
+  HHOOK hook_;
+};
+
 class WindowsBoxes : public MessageBoxes {
  public:
   int Show(const std::wstring& text, const std::wstring& caption, std::uint32_t flags) override {
-    const HWND owner = mainWindow ? GetLastActivePopup(mainWindow) : GetActiveWindow();
+    const HWND owner = IsWindow(mainWindow) ? GetLastActivePopup(mainWindow) : GetActiveWindow();
     // The name of a registry key may hold NULs, and the question about it must not end there.
     std::wstring whole = text;
     std::replace(whole.begin(), whole.end(), L'\0', L' ');
+    const HeldKeysFilter filter;
     return MessageBoxW(owner, whole.c_str(), caption.c_str(), flags);
   }
 

@@ -97,7 +97,7 @@ class EditPeer : public WindowPeer<ControlPeer> {
 
   std::optional<LRESULT> Reflected(UINT message, WPARAM wParam, LPARAM) override {
     if (message != WM_COMMAND || HIWORD(wParam) != EN_CHANGE) return std::nullopt;
-    Run([this] { edit_.UserTyped(TextOf(Handle())); });
+    Report([this] { edit_.UserTyped(TextOf(Handle())); });
     return 0;
   }
 

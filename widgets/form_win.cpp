@@ -1,6 +1,7 @@
 #include "widgets/form_win.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tarvelin {
 
@@ -39,7 +40,7 @@ FormWindow::FormWindow(TForm& form, PeerContext& context, const FormFrame& frame
 
 FormWindow::~FormWindow() {
   if (!Handle()) return;
-  context_.loop.RemoveForm(Handle());
+  ended_ = true;
   DestroyWindow(Handle());
 }
 
@@ -71,11 +72,12 @@ void FormWindow::Show() {
 }
 
 void FormWindow::RunModal() {
+  if (!Handle()) return form_.Close();
   WindowPeer::Apply(Change::Bounds);  // the owner may have moved to another monitor
   modal_ = true;
   EnableWindow(frame_.owner, FALSE);
   ShowWindow(Handle(), SW_SHOW);
-  context_.loop.RunUntil([this] { return !form_.Visible(); });
+  context_.commands.Listen([this] { context_.loop.RunUntil([this] { return !form_.Visible(); }); });
   Hide();
 }
 
@@ -94,8 +96,12 @@ void FormWindow::Apply(Change change) {
     WindowPeer::Apply(change);
   } else if (!form_.Visible() && Handle()) {
     Hide();
-    if (!frame_.owner) PostQuitMessage(0);
+    EndProgram();
   }
+}
+
+void FormWindow::EndProgram() {
+  if (!frame_.owner && !std::exchange(ended_, true)) PostQuitMessage(0);
 }
 
 // ---- Focus and keys ----
@@ -140,9 +146,14 @@ void FormWindow::SettingsChanged(const MSG& message) {
 LRESULT FormWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case WM_CLOSE:
-      // Another program may ask while a modal window is open; that one comes first.
-      if (IsWindowEnabled(Handle())) Run([this] { form_.Close(); });
+      Run([this] { form_.Close(); });
       return 0;
+    case WM_DESTROY:
+      // An add-on's code can do this to a window of its process. The command that called it goes on
+      // without the window, and then there is nothing left to run for.
+      context_.loop.RemoveForm(Handle());
+      EndProgram();
+      break;
     case WM_ACTIVATE:
       if (LOWORD(wParam) == WA_INACTIVE && IsChild(Handle(), GetFocus())) lastFocus_ = GetFocus();
       break;

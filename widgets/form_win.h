@@ -33,6 +33,7 @@ class FormWindow : public WindowPeer<FormPeer, ContainerWindow> {
   void FollowWindow();
   void RestoreFocus();
   void Hide();
+  void EndProgram();  // when this is the main window
   [[nodiscard]] LRESULT DefaultButtonId() const;
   void SettingsChanged(const MSG& message);
 
@@ -40,6 +41,7 @@ class FormWindow : public WindowPeer<FormPeer, ContainerWindow> {
   FormFrame frame_;
   DWORD style_;
   bool modal_ = false;
+  bool ended_ = false;
   HWND lastFocus_ = nullptr;  // the control that had the focus when another window was activated
   std::map<int, TButton*> buttons_;
   int nextId_ = 100;

@@ -308,13 +308,13 @@ void ListPeer::RowReported(const NMLISTVIEW& change) {
       change.iItem >= 0) {
     const bool checked =
         (change.uNewState & LVIS_STATEIMAGEMASK) == INDEXTOSTATEIMAGEMASK(kCheckedState);
-    Run([&] { list_.SetChecked(change.iItem, checked); });
+    Report([&] { list_.SetChecked(change.iItem, checked); });
   }
 }
 
 void ListPeer::ReportSelection(int index) {
   deselected_ = false;
-  Run([&] { list_.SetSelectedIndex(index); });
+  Report([&] { list_.SetSelectedIndex(index); });
 }
 
 void ListPeer::ColumnReported(const NMHEADERW& change) {
@@ -323,7 +323,7 @@ void ListPeer::ColumnReported(const NMHEADERW& change) {
   if (index >= shownColumns_.size()) return;
   // The user drew the column to another width; fitting the last one counts with it.
   shownColumns_[index].width = change.pitem->cxy;
-  Run([&] { list_.SetColumnWidth(index, change.pitem->cxy); });
+  Report([&] { list_.SetColumnWidth(index, change.pitem->cxy); });
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "common/keys_win.h"
+
 namespace tarvelin {
 
 void MessageLoop::Run() {
@@ -33,6 +35,11 @@ void MessageLoop::ProcessWaiting() {
 }
 
 void MessageLoop::Handle(MSG& message) {
+  if (IsHeldAnswer(message)) {
+    // A blank may be typed many times over.
+    const LRESULT wants = SendMessageW(message.hwnd, WM_GETDLGCODE, 0, 0);
+    if (message.wParam != VK_SPACE || !(wants & DLGC_WANTCHARS)) return;
+  }
   const bool keyTaken = hook && hook(message);
   if (!keyTaken && message.hwnd) {
     const HWND form = GetAncestor(message.hwnd, GA_ROOT);

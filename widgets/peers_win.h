@@ -3,9 +3,9 @@
 
 #include <windows.h>
 
-#include <functional>
 #include <unordered_map>
 
+#include "widgets/commands.h"
 #include "widgets/components.h"
 #include "widgets/message_loop_win.h"
 #include "widgets/paint_win.h"
@@ -18,11 +18,9 @@ class Window;
 struct PeerContext {
   HINSTANCE instance;
   MessageLoop& loop;
-  // Runs what a component does in answer to the user. It lets no exception out: none may unwind
-  // through a window procedure.
-  std::function<void(const std::function<void()>& command)> run;
-  HICON icon;       // of the program, 32 x 32
-  HICON smallIcon;  // 16 x 16
+  Commands& commands;  // runs what a component does in answer to the user
+  HICON icon;          // of the program, 32 x 32
+  HICON smallIcon;     // 16 x 16
   Fonts fonts{};
   std::unordered_map<HWND, Window*> windows{};  // those that exist, by handle
 };

@@ -42,6 +42,13 @@ HWND Subject(UINT message, LPARAM lParam) {
   }
 }
 
+// Whether a message asks for something, as those of mouse and keyboard do.
+bool IsInput(UINT message) {
+  return (message >= WM_KEYFIRST && message <= WM_KEYLAST) ||
+         (message >= WM_MOUSEFIRST && message <= WM_MOUSELAST) || message == WM_COMMAND ||
+         message == WM_CLOSE || message == BM_CLICK;
+}
+
 }  // namespace
 
 // ---- The link between object and window ----
@@ -118,6 +125,7 @@ LRESULT Window::Receive(UINT message, WPARAM wParam, LPARAM lParam) {
     Unlink();
     return result;
   }
+  if (IsInput(message) && !TakesInput()) return 0;
   if (const HWND child = Subject(message, lParam)) {
     const auto window = context_.windows.find(child);
     if (window != context_.windows.end()) {
@@ -126,6 +134,12 @@ LRESULT Window::Receive(UINT message, WPARAM wParam, LPARAM lParam) {
     }
   }
   return Process(message, wParam, lParam);
+}
+
+bool Window::TakesInput() const {
+  // Windows keeps mouse and keys from a window that waits for a modal one, but no message that
+  // another program, or an add-on's code in this one, has posted.
+  return !context_.commands.Busy() && IsWindowEnabled(GetAncestor(handle_, GA_ROOT));
 }
 
 LRESULT Window::Process(UINT message, WPARAM wParam, LPARAM lParam) {

@@ -58,7 +58,9 @@ class Window {
   [[nodiscard]] virtual RECT WindowBounds() const { return ToRect(control_.Bounds()); }
   virtual void Apply(Change change);
 
-  void Run(const std::function<void()>& command) { context_.run(command); }
+  // What the user asks for, and what the window tells of its own state.
+  void Run(const std::function<void()>& command) { context_.commands.Run(command); }
+  void Report(const std::function<void()>& report) { context_.commands.Report(report); }
   [[nodiscard]] FormWindow& Form() const { return *form_; }
   void Invalidate() { InvalidateRect(handle_, nullptr, FALSE); }
 
@@ -68,6 +70,7 @@ class Window {
  private:
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
   LRESULT Receive(UINT message, WPARAM wParam, LPARAM lParam);
+  [[nodiscard]] bool TakesInput() const;
   void Create(const Creation& creation, void* parameter);
   void Unlink();
 

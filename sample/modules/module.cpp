@@ -3,6 +3,8 @@
 //   Unregistered   a value named after each module that was unregistered
 //   Loaded         a value for each path from which a companion was loaded
 #include <windows.h>
+// After windows.h, on which it depends.
+#include <commctrl.h>
 
 #include <iterator>
 
@@ -13,6 +15,8 @@
 #define SAMPLE_LOADING 4    // loads its companion by name; the trace is the companion's path
 #define SAMPLE_IMPORTING 5  // is linked to its companion; the trace is the companion's path
 #define SAMPLE_COMPANION 6  // the companion
+#define SAMPLE_MEDDLE 7     // closes windows, selects a row, presses buttons, and shows a box
+#define SAMPLE_DESTROY 8    // destroys the main window
 
 namespace {
 
@@ -47,6 +51,43 @@ struct Path {
   Trace(L"Software\\Tarvelin Sample\\Unregistered", Path(self).FileName(), text);
 }
 
+[[maybe_unused]] HWND OwnWindow(const wchar_t* className) {
+  HWND window = nullptr;
+  do {
+    window = FindWindowExW(nullptr, window, className, nullptr);
+  } while (window && GetWindowThreadProcessId(window, nullptr) != GetCurrentThreadId());
+  return window;
+}
+
+#if SAMPLE_KIND == SAMPLE_MEDDLE
+BOOL CALLBACK MeddleWith(HWND control, LPARAM) {
+  wchar_t className[32] = L"";
+  GetClassNameW(control, className, static_cast<int>(std::size(className)));
+  if (lstrcmpiW(className, L"Button") == 0) {
+    PostMessageW(control, BM_CLICK, 0, 0);
+    SendMessageW(control, BM_CLICK, 0, 0);
+  } else if (lstrcmpiW(className, WC_LISTVIEWW) == 0 && IsWindowVisible(control)) {
+    LVITEMW state{};
+    state.state = state.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+    SendMessageW(control, LVM_SETITEMSTATE, 1, reinterpret_cast<LPARAM>(&state));
+    PostMessageW(control, WM_KEYDOWN, VK_HOME, 1);
+  }
+  return TRUE;
+}
+
+void Meddle() {
+  const HWND main = OwnWindow(L"TFormMain");
+  for (const HWND window : {main, OwnWindow(L"TApplication")}) {
+    PostMessageW(window, WM_CLOSE, 0, 0);
+    SendMessageW(window, WM_CLOSE, 0, 0);
+  }
+  EnumChildWindows(main, MeddleWith, 0);
+  MSG message;
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
+  MessageBoxW(nullptr, L"Unregistering", L"Meddling", MB_OK);
+}
+#endif
+
 }  // namespace
 
 #if SAMPLE_KIND == SAMPLE_COMPANION
@@ -67,6 +108,11 @@ extern "C" __declspec(dllexport) HRESULT __stdcall DllUnregisterServer() {
   return S_OK;
 #else
   TraceUnregistration(L"done");
+#if SAMPLE_KIND == SAMPLE_MEDDLE
+  Meddle();
+#elif SAMPLE_KIND == SAMPLE_DESTROY
+  DestroyWindow(OwnWindow(L"TFormMain"));
+#endif
 #if SAMPLE_KIND == SAMPLE_CRASH
   const volatile int* volatile nowhere = nullptr;
   return *nowhere;

@@ -167,6 +167,45 @@ TEST_F(Removal, AModuleFindsItsOwnCompanionAndNoPlantedOne) {
   Remove(program, L"Unknown", kRemoved, {kClass + L"{c2}"}, {Trace(L"importing.dll", companion)});
 }
 
+TEST_F(Removal, AModuleThatMeddlesGetsItsOwnRowRemovedAndNothingElse) {
+  AddHelper(L"{m1}", L"Meddling", L"meddling.dll");
+  AddHelper(L"{m2}", L"Other", L"other.dll");
+  InstallModule(L"meddling.dll", kFolder + L"\\meddling.dll");
+  Program program;
+  ASSERT_EQ(program.Open(L"IE BHOs").size(), 2U);
+  const Lines before = State();
+  Lines expected;
+  for (const auto& line : before) {
+    if (line.starts_with(kClass + L"{m1}")) expected.push_back(L"- " + line);
+  }
+  expected.push_back(Trace(L"meddling.dll"));
+  program.Select(0);
+  program.Click(L"Remove");
+  EXPECT_EQ(program.Answer(IDYES).caption, L"Warning");
+  // The module has tried to close the windows, to select the other row and to press every button.
+  // Now its box is open, and others try.
+  SendMessageW(program.Window(), WM_CLOSE, 0, 0);
+  SendMessageW(program.Button(L"Remove"), BM_CLICK, 0, 0);
+  EXPECT_EQ(program.Answer(IDOK).caption, L"Meddling");
+  EXPECT_EQ(program.Answer(IDOK), kRemoved);
+  EXPECT_EQ(Differences(before, State()), expected);
+  ASSERT_EQ(program.RowCount(), 1);
+  EXPECT_EQ(program.Rows()[0][0], L"Other");
+  EXPECT_EQ(program.Close(), 0U);
+}
+
+TEST_F(Removal, AModuleThatDestroysTheWindowEndsTheProgramAfterTheCommand) {
+  AddHelper(L"{m3}", L"Destroying", L"destroying.dll");
+  InstallModule(L"destroying.dll", kFolder + L"\\destroying.dll");
+  Program program;
+  ASSERT_EQ(program.Open(L"IE BHOs").size(), 1U);
+  program.Select(0);
+  program.Click(L"Remove");
+  program.Answer(IDYES);
+  EXPECT_EQ(program.WaitForExit(), 0U);
+  EXPECT_EQ(DumpRegistry(kClass + L"{m3}"), Lines{});
+}
+
 TEST_F(Removal, DeletesTheFileOfABarButTheEntryOfAToolbarOnly) {
   AddClass(L"{d1}", L"Plain", L"plain.dll");
   const auto held = AddClass(L"{d2}", L"Held", L"held.dll");

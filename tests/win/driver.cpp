@@ -242,6 +242,18 @@ HWND Program::Focused() const {
 void Program::Press(WORD key) {
   PostMessageW(Focused(), WM_KEYDOWN, key, 1);
   PostMessageW(Focused(), WM_KEYUP, key, static_cast<LPARAM>(0xC0000001));
+  AwaitKeys();
+}
+
+void Program::Hold(WORD key) {
+  for (int repeat = 0; repeat < 30; ++repeat) {
+    PostMessageW(Focused(), WM_KEYDOWN, key, static_cast<LPARAM>(0x40000001));
+    if (repeat % 10 == 0) AwaitKeys();
+  }
+  AwaitKeys();
+}
+
+void Program::AwaitKeys() {
   // The keys have been handled when this message, which comes after them and changes nothing that
   // anybody sees, has been.
   static LPARAM mark = 1000;
@@ -251,7 +263,9 @@ void Program::Press(WORD key) {
 }
 
 HWND Program::Modal() const {
-  return IsWindowEnabled(window_) ? nullptr : ActiveWindow(ProcessId());
+  // The window is disabled for a moment as well while a module runs.
+  HWND active = IsWindowEnabled(window_) ? nullptr : ActiveWindow(ProcessId());
+  return active == window_ ? nullptr : active;
 }
 
 Box Program::Answer(int answer) {

@@ -91,6 +91,8 @@ class Program {
   void Act(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
   // A key, pressed and released in the control that has the focus.
   void Press(WORD key);
+  // The repeats of a key that stays down, as many as come in a second.
+  void Hold(WORD key);
   [[nodiscard]] HWND Focused() const;
 
   // The list of the page that is shown.
@@ -119,6 +121,7 @@ class Program {
   LRESULT AskWithItem(HWND list, UINT message, int row, Item& item) const;
   [[nodiscard]] std::wstring CellText(HWND list, int row, int column) const;
   void SetRowState(int row, UINT state, UINT mask);
+  void AwaitKeys();
   void AwaitCommand(HWND former);
 
   UniqueProcess process_;

@@ -79,8 +79,42 @@ TEST_F(WindowTest, TheKeyboardReachesEverything) {
   EXPECT_EQ(PressAndTell(VK_TAB), L"Close");
   EXPECT_EQ(PressAndTell(VK_TAB), L"IE Settings");
 
-  PostMessageW(app_.Focused(), WM_KEYDOWN, VK_ESCAPE, 1);
-  EXPECT_EQ(app_.WaitForExit(), 0U);
+  EXPECT_EQ(PressAndTell(VK_ESCAPE), L"IE Settings") << "only a button closes the window";
+}
+
+TEST_F(WindowTest, AHeldKeyIsPressedOnce) {
+  app_.Select(0);
+  SetForegroundWindow(app_.Window());
+  app_.Press(VK_TAB);
+  app_.Press(VK_TAB);
+  ASSERT_EQ(PressAndTell(VK_TAB), L"Remove");
+  app_.Press(VK_RETURN);
+  WaitUntil([this] { return app_.Modal() != nullptr; }, L"a message box");
+  const HWND question = app_.Modal();
+  app_.Hold(VK_RETURN);
+  app_.Hold(VK_SPACE);
+  app_.Hold(VK_ESCAPE);
+  EXPECT_EQ(app_.Modal(), question);
+  EXPECT_EQ(app_.Answer(IDNO).caption, L"Warning");
+  app_.Hold(VK_RETURN);
+  EXPECT_EQ(app_.Modal(), nullptr) << "a held key asks nothing again";
+
+  const std::wstring key = L"HKEY_CURRENT_USER\\Software\\Microsoft\\Internet Explorer\\Main";
+  WriteText(key, L"Start Page", L"mine");
+  app_.Open(L"IE Settings");
+  app_.Select(0);
+  app_.Click(L"Modify Settings");
+  const HWND dialog = app_.Modal();
+  app_.Hold(VK_RETURN);
+  app_.Hold(VK_ESCAPE);
+  ASSERT_EQ(app_.Modal(), dialog);
+  app_.Hold(VK_SPACE);
+  EXPECT_EQ(TextOf(FindControl(dialog, L"Edit", L"")).size(), 30U) << "blanks can be typed";
+  app_.Press(VK_ESCAPE);
+  app_.Hold(VK_ESCAPE);
+  EXPECT_EQ(app_.Modal(), nullptr);
+  EXPECT_EQ(app_.Rows()[0][1], L"mine");
+  EXPECT_EQ(ReadText(key, L"Start Page"), L"mine");
 }
 
 TEST_F(WindowTest, ARemovalLeavesTheKeyboardInTheList) {

@@ -5,7 +5,9 @@
 
 #include <commctrl.h>
 
+#include "app/application.h"
 #include "common/handles_win.h"
+#include "tests/support/test_platform.h"
 #include "widgets/peers_win.h"
 
 namespace tarvelin::testing {
@@ -25,8 +27,9 @@ class ListTest : public ::testing::Test {
   }
 
   MessageLoop loop_;
-  PeerContext context_{GetModuleHandleW(nullptr), loop_,
-                       [](const std::function<void()>& command) { command(); }, nullptr, nullptr};
+  FakeBoxes boxes_;
+  TApplication application_{boxes_, L"List"};
+  PeerContext context_{GetModuleHandleW(nullptr), loop_, application_, nullptr, nullptr};
   TForm form_{L"FormList", 600, 400, L"List"};
   TListView& list_ =
       form_.Create<TListView>(L"list", &form_, TRect{0, 0, 600, 300},

@@ -297,6 +297,14 @@ bool TRegistry::DeleteKey(std::wstring_view path) {
   return (users || machines) && !KeyExists(path);
 }
 
+std::wstring TextOrEmpty(const TRegistry& registry, std::wstring_view name) {
+  try {
+    return registry.ReadString(name);
+  } catch (const TRegistryError&) {
+    return {};
+  }
+}
+
 RegistryLocation SplitLocation(std::wstring_view location) {
   const auto end = location.find(L'\\');
   if (end == std::wstring_view::npos) return {std::nullopt, std::wstring(location)};

@@ -170,6 +170,10 @@ class TRegistry {
   std::wstring keyPath_;  // of the open key, below the root
 };
 
+// The text of a value as ReadString gives it; empty also when the value is no text. For the pages
+// on which a single broken entry must not keep the others from the user.
+[[nodiscard]] std::wstring TextOrEmpty(const TRegistry& registry, std::wstring_view name);
+
 // A key-form location ("HKEY_LOCAL_MACHINE\SOFTWARE\...") taken apart: its root, when the text
 // before the first backslash is exactly one of the four root names, and its path from that
 // backslash on. A location without a backslash is all path.

@@ -71,7 +71,7 @@ std::wstring GetProgramFilesDir(RegistryBackend& registry) {
   TRegistry access(registry);
   access.SetRootKey(RootKey::LocalMachine);
   if (!access.OpenKeyReadOnly(L"Software\\Microsoft\\Windows\\CurrentVersion")) return {};
-  return access.ReadString(L"ProgramFilesDir");
+  return TextOrEmpty(access, L"ProgramFilesDir");
 }
 
 int ExtensionIcons::GetExtensionIcon(std::wstring_view extension, std::wstring_view programId) {
@@ -79,8 +79,8 @@ int ExtensionIcons::GetExtensionIcon(std::wstring_view extension, std::wstring_v
 
   TRegistry registry(platform_.registry);
   registry.SetRootKey(RootKey::ClassesRoot);
-  if (!registry.OpenKey(std::wstring(programId) + L"\\DefaultIcon", false)) return AddShellIcon(0);
-  const std::wstring location = registry.ReadString(L"");
+  if (!registry.OpenKeyReadOnly(std::wstring(programId) + L"\\DefaultIcon")) return AddShellIcon(0);
+  const std::wstring location = TextOrEmpty(registry, L"");
   registry.CloseKey();
 
   // Many types share one location; its file is looked for once.

@@ -19,8 +19,8 @@ bool OffersNewFile(const std::vector<std::wstring>& valueNames) {
 std::wstring GetTypeDescription(RegistryBackend& registry, std::wstring_view programId) {
   TRegistry access(registry);
   access.SetRootKey(RootKey::LocalMachine);
-  access.OpenKey(L"\\SOFTWARE\\Classes\\" + std::wstring(programId), false);
-  return access.ReadString(L"");
+  access.OpenKeyReadOnly(L"\\SOFTWARE\\Classes\\" + std::wstring(programId));
+  return TextOrEmpty(access, L"");
 }
 
 void ScanNewMenu(TPlatform& platform, TListView& list, TImageList& images) {
@@ -34,7 +34,7 @@ void ScanNewMenu(TPlatform& platform, TListView& list, TImageList& images) {
     if (!extension.starts_with(L'.') || LowerCase(extension) == L".lnk") continue;
     const std::wstring extensionPath = L"\\" + extension;
     if (!registry.OpenKeyReadOnly(extensionPath)) continue;
-    const std::wstring defaultValue = registry.ReadString(L"");
+    const std::wstring defaultValue = TextOrEmpty(registry, L"");
     registry.CloseKey();
     const std::wstring programId(Trim(defaultValue));
     if (programId.empty()) continue;

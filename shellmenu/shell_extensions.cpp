@@ -52,16 +52,6 @@ constexpr Category kCategories[] = {
      kContextMenu, 2},
 };
 
-// The default value of the open key. One that is no text counts as empty here: a single broken
-// entry must not keep the whole page from the user.
-std::wstring ReadDefaultText(const TRegistry& registry) {
-  try {
-    return registry.ReadString(L"");
-  } catch (const TRegistryError&) {
-    return {};
-  }
-}
-
 struct Entry {
   std::wstring caption;
   std::wstring target;
@@ -77,27 +67,27 @@ std::optional<Entry> ReadEntry(TRegistry& registry, EntryKind kind, const std::w
       // Removal takes the command alone; without it the verb is neither offered nor listed.
       const std::wstring commandPath = keyPath + L"\\Command";
       if (!registry.OpenKeyReadOnly(commandPath)) return std::nullopt;
-      return Entry{name, ReadDefaultText(registry), commandPath};
+      return Entry{name, TextOrEmpty(registry, L""), commandPath};
     }
     case EntryKind::RecycleBinVerb: {
       if (!registry.OpenKeyReadOnly(keyPath)) return std::nullopt;
-      const std::wstring displayText = ReadDefaultText(registry);
+      const std::wstring displayText = TextOrEmpty(registry, L"");
       // Without a command the verb's own key stays open, and its display text is the target.
       registry.OpenKeyReadOnly(keyPath + L"\\command");
-      return Entry{displayText, ReadDefaultText(registry), keyPath};
+      return Entry{displayText, TextOrEmpty(registry, L""), keyPath};
     }
     case EntryKind::DirectoryVerb: {
       if (!registry.OpenKeyReadOnly(keyPath)) return std::nullopt;
-      const std::wstring displayText = ReadDefaultText(registry);
+      const std::wstring displayText = TextOrEmpty(registry, L"");
       if (displayText.empty()) return std::nullopt;
       if (!registry.OpenKeyReadOnly(keyPath + L"\\command")) return std::nullopt;
-      return Entry{displayText, ReadDefaultText(registry), keyPath};
+      return Entry{displayText, TextOrEmpty(registry, L""), keyPath};
     }
     case EntryKind::Handler:
       break;
   }
   if (!registry.OpenKeyReadOnly(keyPath)) return std::nullopt;
-  return Entry{name, ReadDefaultText(registry), keyPath};
+  return Entry{name, TextOrEmpty(registry, L""), keyPath};
 }
 
 bool IsHidden(Filter filter, std::wstring_view name, std::wstring_view target) {

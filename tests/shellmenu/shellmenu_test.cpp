@@ -157,6 +157,14 @@ TEST_F(ShellMenuTest, ListsTheFileTypesThatAreOfferedAndDescribed) {
   Offer(L".lost", L"lost");
   registry.Drop(kRoot + L"lost");
   registry.Child(L"HKEY_CLASSES_ROOT", std::wstring(L".n\0l", 4));
+  // Anyone can write a number where a text belongs.
+  Offer(L".number", L"b");
+  registry.Integer(kRoot + L".number", L"", 1);
+  Offer(L".undescribed", L"u");
+  registry.Integer(kRoot + L"u", L"", 1);
+  registry.Integer(kRoot + L"b\\DefaultIcon", L"", 1);
+  registry.DenyWriting(kRoot + L"b\\DefaultIcon");
+  registry.DenyWriting(kRoot + L"b");
   ScanNew();
   ScanNew();
   EXPECT_EQ(Captions(), (Texts{L"Type a", L"About b"}));

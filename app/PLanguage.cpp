@@ -79,9 +79,9 @@ std::wstring TLanguage::ReadText(std::wstring_view section, std::wstring_view ke
   return file_.ReadText(section, key, defaultText);
 }
 
-std::wstring TLanguage::Message(std::wstring_view key, std::wstring_view englishText) const {
-  const auto* text = messages_.Value(key);
-  return text ? *text : std::wstring(englishText);
+std::wstring TLanguage::Message(const Text& text) const {
+  const auto* translated = messages_.Value(text.key);
+  return translated ? *translated : std::wstring(text.english);
 }
 
 }  // namespace tarvelin

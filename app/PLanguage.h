@@ -32,8 +32,7 @@ class TLanguage : public MessageLookup {
 
   [[nodiscard]] std::wstring ReadText(std::wstring_view section, std::wstring_view key,
                                       std::wstring_view defaultText) const;
-  [[nodiscard]] std::wstring Message(std::wstring_view key,
-                                     std::wstring_view englishText) const override;
+  [[nodiscard]] std::wstring Message(const Text& text) const override;
 
   [[nodiscard]] int Index() const { return index_; }  // of the loaded language, -1 while none is
   [[nodiscard]] const std::vector<std::wstring>& Names() const { return names_; }

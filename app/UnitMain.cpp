@@ -355,7 +355,7 @@ void TFormMain::FormCreate(std::wstring_view executableFolder) {
 
   for (const PageControls& page : pages_) page.page->SetColor(kWhite);
 
-  const std::vector<std::wstring> texts{Message(L"M_Nonexist_Path", L"Nonexistent File Path")};
+  const std::vector<std::wstring> texts{Message(messages::kNonexistPath)};
   scanner_ = std::make_unique<TScanIeBrowser>(platform_, *language_, texts);
 
   application_.Report([this] { ReadSendToFolder(); });
@@ -474,16 +474,16 @@ std::shared_ptr<Record> TFormMain::SelectedRecord(Page page) {
 
 template <typename Record>
 void TFormMain::RemoveSelected(Page page, const std::function<Removal(const Record&)>& remove,
-                               std::wstring_view englishSuccess) {
+                               const Text& success) {
   TListView& list = List(page);
   // The row is known by its record from here on: the selection may move while the question stands,
   // or while a module that is unregistered does what it likes.
   const auto record = SelectedRecord<Record>(page);
   if (!record) return;
   const std::wstring question =
-      FormatMessageText(Message(L"M_Remove_Warning", L"Are you sure to remove \"%s\"") + L"?",
+      FormatMessageText(Message(messages::kRemoveWarning) + L"?",
                         ShortenedName(list.Item(list.IndexOf(*record)).caption));
-  if (platform_.boxes.Show(question, Message(L"M_Warning", L"Warning"), kBoxYesNoQuestion) !=
+  if (platform_.boxes.Show(question, Message(messages::kWarning), kBoxYesNoQuestion) !=
       kAnswerYes) {
     return;
   }
@@ -492,21 +492,21 @@ void TFormMain::RemoveSelected(Page page, const std::function<Removal(const Reco
   const Removal result = remove(*record);
   if (result != Removal::FileInUse) list.Delete(list.IndexOf(*record));
   if (result == Removal::Done) {
-    platform_.boxes.Show(Message(L"M_Remove_Success", englishSuccess), Caption(), kBoxOk);
+    platform_.boxes.Show(Message(success), Caption(), kBoxOk);
   } else {
-    ShowFailure(Message(L"M_Unable_Delete_File", L"Unable to delete file"));
+    ShowFailure(Message(messages::kUnableDeleteFile));
   }
 }
 
 void TFormMain::ShowFailure(const std::wstring& caption) {
-  platform_.boxes.Show(Message(L"M_Operation_Fail", L"This operation could not be completed.") +
-                           L"\r\n" + Message(L"M_Access_Denied", L"Access is denied."),
-                       caption, kBoxError);
+  platform_.boxes.Show(
+      Message(messages::kOperationFail) + L"\r\n" + Message(messages::kAccessDenied), caption,
+      kBoxError);
 }
 
 void TFormMain::btnSERmvClick() {
   if (List(Page::ShellExtensions).SelectedIndex() < 0) {
-    platform_.boxes.Show(Message(L"M_Select_None", L"No item selected."), Caption(), kBoxError);
+    platform_.boxes.Show(Message(messages::kSelectNone), Caption(), kBoxError);
     return;
   }
   RemoveSelected<TShellExtension>(Page::ShellExtensions, [this](const TShellExtension& record) {
@@ -537,7 +537,7 @@ void TFormMain::btnCMRmvClick() {
         scanner_->RemoveAddon(RemovalMode::DeleteContextEntry, record.RegLocation);
         return Removal::Done;
       },
-      L"Remove success!");
+      messages::kEntryRemoved);
 }
 
 void TFormMain::btnExBtnRmvClick() {
@@ -597,8 +597,7 @@ void TFormMain::btnSEKeyClick() {
   if (const auto record = SelectedRecord<TShellExtension>(Page::ShellExtensions)) {
     OpenRegEditAt(platform_.editor, L"HKEY_CLASSES_ROOT" + record->KeyPath, L"");
   } else {
-    platform_.boxes.Show(Message(L"M_Select_None", L"No item selected."), application_.Title(),
-                         kBoxError);
+    platform_.boxes.Show(Message(messages::kSelectNone), application_.Title(), kBoxError);
   }
 }
 
@@ -615,16 +614,15 @@ void TFormMain::Button_ModifyClick() {
 }
 
 void TFormMain::Button_RestoreClick() {
-  if (platform_.boxes.Show(Message(L"M_Restore", L"Are you sure to restore the selected items?"),
-                           Message(L"M_Confirm", L"Confirm"), kBoxYesNoQuestion) != kAnswerYes) {
+  if (platform_.boxes.Show(Message(messages::kRestore), Message(messages::kConfirm),
+                           kBoxYesNoQuestion) != kAnswerYes) {
     return;
   }
   chkBoxAll->SetMark(false);
   if (scanner_->RestoreSettings(lvHijack()) > 0) {
-    platform_.boxes.Show(Message(L"M_Restore_Success", L"Restore successfully!"), Caption(),
-                         kBoxOk);
+    platform_.boxes.Show(Message(messages::kRestoreSuccess), Caption(), kBoxOk);
   } else {
-    platform_.boxes.Show(Message(L"M_Select_None", L"No items selected!"), Caption(), kBoxError);
+    platform_.boxes.Show(Message(messages::kNothingRestored), Caption(), kBoxError);
   }
 }
 

@@ -115,7 +115,7 @@ class TFormMain : public TForm {
   // file that is in use leaves the row as it was.
   template <typename Record>
   void RemoveSelected(Page page, const std::function<Removal(const Record&)>& remove,
-                      std::wstring_view englishSuccess = L"Remove successfully!");
+                      const Text& success = messages::kRemoveSuccess);
   void RemoveModule(Page page, RemovalMode mode);
   void ShowRowProperties(Page page);
   void ShowFailure(const std::wstring& caption);
@@ -124,9 +124,7 @@ class TFormMain : public TForm {
 
   [[nodiscard]] PageControls& Controls(Page page) { return pages_[static_cast<std::size_t>(page)]; }
   [[nodiscard]] TListView& List(Page page) { return *Controls(page).list; }
-  [[nodiscard]] std::wstring Message(std::wstring_view key, std::wstring_view englishText) const {
-    return language_->Message(key, englishText);
-  }
+  [[nodiscard]] std::wstring Message(const Text& text) const { return language_->Message(text); }
 
   TPlatform& platform_;
   TApplication& application_;

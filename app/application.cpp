@@ -5,6 +5,10 @@
 
 namespace tarvelin {
 
+std::wstring TApplication::Message(const Text& text) const {
+  return messages_ ? messages_->Message(text) : std::wstring(text.english);
+}
+
 void TApplication::Run(const std::function<void()>& command) {
   if (busy_) return;
   const FlagGuard busy(busy_, true);
@@ -18,13 +22,10 @@ void TApplication::Report(const std::function<void()>& report) {
     report();
     return;
   } catch (const TError& error) {
-    text = FormatMessageText(
-        messages_ ? messages_->Message(error.Key(), error.EnglishText()) : error.EnglishText(),
-        ShortenedName(error.Detail()));
+    text = FormatMessageText(Message(error.Message()), ShortenedName(error.Detail()));
   } catch (const std::exception&) {
     // Running out of memory, for one: nothing is known that would help the user further.
-    constexpr std::wstring_view english = L"An unexpected error ended the command.";
-    text = messages_ ? messages_->Message(L"M_Error_Unexpected", english) : std::wstring(english);
+    text = Message(messages::kErrorUnexpected);
   }
   const FlagGuard busy(busy_, true);
   if (!terminated_) boxes_.Show(text, title_, kBoxError);

@@ -38,6 +38,8 @@ class TApplication : public Commands {
   void Terminate() { terminated_ = true; }
 
  private:
+  [[nodiscard]] std::wstring Message(const Text& text) const;
+
   MessageBoxes& boxes_;
   std::wstring title_;
   std::vector<TForm*> forms_;

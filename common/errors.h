@@ -5,24 +5,24 @@
 #include <string>
 #include <utility>
 
+#include "common/messages.h"
+
 namespace tarvelin {
 
 // Ends the command in which it is thrown; the application's error handler shows it in one message
-// box. It carries a message key with its English text, so that the box speaks the user's language,
-// and the name that goes in place of the text's "%s".
+// box. It carries the message, which is looked up in the user's language only then, and the name
+// that goes in place of its "%s".
 class TError : public std::exception {
  public:
-  TError(std::wstring messageKey, std::wstring englishText, std::wstring detail)
-      : key_(std::move(messageKey)), text_(std::move(englishText)), detail_(std::move(detail)) {}
+  explicit TError(const Text& text, std::wstring detail = {})
+      : text_(text), detail_(std::move(detail)) {}
 
-  [[nodiscard]] const std::wstring& Key() const { return key_; }
-  [[nodiscard]] const std::wstring& EnglishText() const { return text_; }
+  [[nodiscard]] const Text& Message() const { return text_; }
   [[nodiscard]] const std::wstring& Detail() const { return detail_; }
   [[nodiscard]] const char* what() const noexcept override { return "tarvelin error"; }
 
  private:
-  std::wstring key_;
-  std::wstring text_;
+  Text text_;
   std::wstring detail_;
 };
 

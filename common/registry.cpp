@@ -148,8 +148,7 @@ std::wstring ShownName(std::wstring_view name) {
 }
 
 TRegistryError WrongType(std::wstring_view name) {
-  return {L"M_Error_Value_Type", L"The registry value \"%s\" has an unexpected type.",
-          ShownName(name)};
+  return TRegistryError(messages::kErrorValueType, ShownName(name));
 }
 
 }  // namespace
@@ -253,8 +252,7 @@ std::wstring TRegistry::ReadString(std::wstring_view name) const {
 std::int32_t TRegistry::ReadInteger(std::wstring_view name) const {
   const auto value = Query(name);
   if (!value) {
-    throw TRegistryError(L"M_Error_Value_Missing", L"The registry value \"%s\" is missing.",
-                         ShownName(name));
+    throw TRegistryError(messages::kErrorValueMissing, ShownName(name));
   }
   if (value->type != kRegDword) throw WrongType(name);
   std::uint32_t number = 0;
@@ -274,8 +272,7 @@ std::vector<std::wstring> TRegistry::GetValueNames() const {
 
 void TRegistry::WriteString(std::wstring_view name, std::wstring_view text) {
   if (key_ && !HasNul(name) && key_->SetText(std::wstring(name), text)) return;
-  throw TRegistryError(L"M_Error_Value_Write", L"The registry value \"%s\" could not be written.",
-                       ShownName(name));
+  throw TRegistryError(messages::kErrorValueWrite, ShownName(name));
 }
 
 bool TRegistry::DeleteValue(std::wstring_view name) {

@@ -38,8 +38,7 @@ void TFormChange::btnOKClick() {
   const int row = settingsList_.SelectedIndex();
   const auto record = row < 0 ? nullptr : settingsList_.Data<TIESec>(row);
   if (!record) {
-    throw TError(L"M_Error_No_Item",
-                 L"No setting is selected. Choose Cancel and select one in the list.", L"");
+    throw TError(messages::kErrorNoItem);
   }
   const std::wstring& location = record->RegLocation;
   const RegistryLocation place = SplitLocation(location);

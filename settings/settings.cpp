@@ -34,57 +34,50 @@ constexpr std::wstring_view kNavigationCanceled = L"res://shdoclc.dll/navcancl.h
 constexpr std::wstring_view kOffline = L"res://shdoclc.dll/offcancl.htm";
 constexpr std::wstring_view kPostNotCached = L"res://mshtml.dll/repost.htm";
 
-using Text = std::wstring_view;
-
-constexpr TWatchedSetting User(Text messageKey, Text englishName, Text keyPath, Text valueName,
-                               Text defaultValue) {
-  return {messageKey,           englishName, false,     RootKey::CurrentUser,
-          L"HKEY_CURRENT_USER", keyPath,     valueName, defaultValue};
+constexpr TWatchedSetting User(const Text& name, std::wstring_view keyPath,
+                               std::wstring_view valueName, std::wstring_view defaultValue) {
+  return {name,    false,     RootKey::CurrentUser, L"HKEY_CURRENT_USER",
+          keyPath, valueName, defaultValue};
 }
 
-constexpr TWatchedSetting Machine(Text messageKey, Text englishName, Text keyPath, Text valueName,
-                                  Text defaultValue) {
-  return {messageKey, englishName, false,       RootKey::LocalMachine, L"HKEY_LOCAL_MACHINE",
-          keyPath,    valueName,   defaultValue};
+constexpr TWatchedSetting Machine(const Text& name, std::wstring_view keyPath,
+                                  std::wstring_view valueName, std::wstring_view defaultValue) {
+  return {name,    false,     RootKey::LocalMachine, L"HKEY_LOCAL_MACHINE",
+          keyPath, valueName, defaultValue};
 }
 
-constexpr TWatchedSetting AllUsers(Text messageKey, Text englishName, Text keyPath, Text valueName,
-                                   Text defaultValue) {
-  auto setting = Machine(messageKey, englishName, keyPath, valueName, defaultValue);
+constexpr TWatchedSetting AllUsers(const Text& name, std::wstring_view keyPath,
+                                   std::wstring_view valueName, std::wstring_view defaultValue) {
+  auto setting = Machine(name, keyPath, valueName, defaultValue);
   setting.allUsers = true;
   return setting;
 }
 
 constexpr std::array kSettings{
-    User(L"M_Start_Page", L"Start Page", kMain, L"Start Page", kStartPage),
-    User(L"M_Search_Page", L"Search Page", kMain, L"Search Page", kSearchPage),
-    User(L"M_Default_Page", L"Default Page URL", kMain, L"Default_Page_URL", kDefaultPage),
-    User(L"M_Local_Page", L"Local Page", kMain, L"Local Page", kLocalPage),
-    User(L"M_Search_Bar", L"Search Bar", kMain, L"Search Bar", kSearchBar),
-    User(L"M_Default_Search", L"Default Search URL", kMain, L"Default_Search_URL", kDefaultSearch),
-    User(L"M_Search_URL", L"Search URL", kSearchUrl, L"", kAutoSearch),
-    AllUsers(L"M_Start_Page", L"Start Page", kMain, L"Start Page", kStartPage),
-    AllUsers(L"M_Search_Page", L"Search Page", kMain, L"Search Page", kSearchPage),
-    AllUsers(L"M_Default_Page", L"Default Page URL", kMain, L"Default_Page_URL", kDefaultPage),
-    AllUsers(L"M_Local_Page", L"Local Page", kMain, L"Local Page", kLocalPage),
-    AllUsers(L"M_Search_Bar", L"Search Bar", kMain, L"Search Bar", kSearchBar),
-    AllUsers(L"M_Default_Search", L"Default Search URL", kMain, L"Default_Search_URL",
-             kDefaultSearchAllUsers),
-    AllUsers(L"M_Search_URL", L"Search URL", kSearchUrl, L"", kAutoSearch),
-    AllUsers(L"M_Customize_Search", L"Customize Search", kSearch, L"CustomizeSearch",
-             kCustomizeSearch),
-    AllUsers(L"M_Search_Assistant", L"Search Assistant", kSearch, L"SearchAssistant",
-             kSearchAssistant),
-    Machine(L"M_Blank_Page", L"Blank Page", kAboutUrls, L"blank", kBlank),
-    Machine(L"M_Desktop_Nav_Fail", L"Desktop Navigation Failure", kAboutUrls,
-            L"DesktopItemNavigationFailure", kNavigationCanceled),
-    Machine(L"M_Nav_Cancel", L"Navigation Canceled", kAboutUrls, L"NavigationCanceled",
+    User(messages::kStartPage, kMain, L"Start Page", kStartPage),
+    User(messages::kSearchPage, kMain, L"Search Page", kSearchPage),
+    User(messages::kDefaultPage, kMain, L"Default_Page_URL", kDefaultPage),
+    User(messages::kLocalPage, kMain, L"Local Page", kLocalPage),
+    User(messages::kSearchBar, kMain, L"Search Bar", kSearchBar),
+    User(messages::kDefaultSearch, kMain, L"Default_Search_URL", kDefaultSearch),
+    User(messages::kSearchUrl, kSearchUrl, L"", kAutoSearch),
+    AllUsers(messages::kStartPage, kMain, L"Start Page", kStartPage),
+    AllUsers(messages::kSearchPage, kMain, L"Search Page", kSearchPage),
+    AllUsers(messages::kDefaultPage, kMain, L"Default_Page_URL", kDefaultPage),
+    AllUsers(messages::kLocalPage, kMain, L"Local Page", kLocalPage),
+    AllUsers(messages::kSearchBar, kMain, L"Search Bar", kSearchBar),
+    AllUsers(messages::kDefaultSearch, kMain, L"Default_Search_URL", kDefaultSearchAllUsers),
+    AllUsers(messages::kSearchUrl, kSearchUrl, L"", kAutoSearch),
+    AllUsers(messages::kCustomizeSearch, kSearch, L"CustomizeSearch", kCustomizeSearch),
+    AllUsers(messages::kSearchAssistant, kSearch, L"SearchAssistant", kSearchAssistant),
+    Machine(messages::kBlankPage, kAboutUrls, L"blank", kBlank),
+    Machine(messages::kDesktopNavFail, kAboutUrls, L"DesktopItemNavigationFailure",
             kNavigationCanceled),
+    Machine(messages::kNavCancel, kAboutUrls, L"NavigationCanceled", kNavigationCanceled),
     // The browser has no page of its own for this one.
-    Machine(L"M_Nav_Fail", L"Navigation Failure", kAboutUrls, L"NavigationFailure",
-            kNavigationCanceled),
-    Machine(L"M_Offline_Info", L"Offline Information", kAboutUrls, L"OfflineInformation", kOffline),
-    Machine(L"M_Post_Not_Cached", L"Post Not Cached", kAboutUrls, L"PostNotCached", kPostNotCached),
+    Machine(messages::kNavFail, kAboutUrls, L"NavigationFailure", kNavigationCanceled),
+    Machine(messages::kOfflineInfo, kAboutUrls, L"OfflineInformation", kOffline),
+    Machine(messages::kPostNotCached, kAboutUrls, L"PostNotCached", kPostNotCached),
 };
 
 }  // namespace
@@ -92,8 +85,8 @@ constexpr std::array kSettings{
 std::span<const TWatchedSetting> WatchedSettings() { return kSettings; }
 
 std::wstring DisplayName(const TWatchedSetting& setting, const MessageLookup& messages) {
-  std::wstring name = messages.Message(setting.messageKey, setting.englishName);
-  if (setting.allUsers) name += L"(" + messages.Message(L"M_All_User", L"All Users") + L")";
+  std::wstring name = messages.Message(setting.name);
+  if (setting.allUsers) name += L"(" + messages.Message(messages::kAllUser) + L")";
   return name;
 }
 

@@ -12,8 +12,7 @@ namespace tarvelin {
 
 // One watched setting. The settings of one key stand together.
 struct TWatchedSetting {
-  std::wstring_view messageKey;
-  std::wstring_view englishName;
+  Text name;
   bool allUsers;  // whether the name gets the "(All Users)" suffix
   RootKey root;
   std::wstring_view rootName;

@@ -47,7 +47,7 @@ std::optional<int> ParseInteger(std::wstring_view text) {
 
 int RequireInteger(const std::wstring& text) {
   if (const auto number = ParseInteger(text)) return *number;
-  throw TError(L"M_Error_Number", L"\"%s\" is not a valid number.", text);
+  throw TError(messages::kErrorNumber, text);
 }
 
 struct IconLocation {

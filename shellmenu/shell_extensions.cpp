@@ -14,42 +14,30 @@ enum class EntryKind { FileVerb, RecycleBinVerb, DirectoryVerb, Handler };
 // Which texts are held against the entries of Windows itself.
 enum class Filter { None, Name, Target, Both };
 
-struct Word {
-  std::wstring_view key;
-  std::wstring_view english;
-};
-
-constexpr Word kAllFiles{L"M_All_File", L"All Files"};
-constexpr Word kRecycleBin{L"M_Recyclebin", L"Recycle Bin"};
-constexpr Word kDirectory{L"M_Directory", L"Directory"};
-constexpr Word kFolder{L"M_Folder", L"Folder"};
-constexpr Word kDrive{L"M_Drive", L"Drive"};
-constexpr Word kShell{L"M_Shell", L"Shell"};
-constexpr Word kContextMenu{L"M_ContextMenu", L"ContextMenu"};
-
 struct Category {
   std::wstring_view parent;  // below HKEY_CLASSES_ROOT; its subkeys are the entries
   EntryKind kind;
   Filter filter;
-  Word category;
-  Word kindWord;
+  Text category;
+  Text kindWord;
   int image;
 };
 
 // In the order of the page. Recycle Bin verbs go by the name of handlers there.
 constexpr Category kCategories[] = {
-    {L"\\*\\shell", EntryKind::FileVerb, Filter::Name, kAllFiles, kShell, 5},
-    {L"\\*\\shellex\\ContextMenuHandlers", EntryKind::Handler, Filter::Both, kAllFiles,
-     kContextMenu, 0},
+    {L"\\*\\shell", EntryKind::FileVerb, Filter::Name, messages::kAllFile, messages::kShell, 5},
+    {L"\\*\\shellex\\ContextMenuHandlers", EntryKind::Handler, Filter::Both, messages::kAllFile,
+     messages::kContextMenu, 0},
     {L"\\CLSID\\{645FF040-5081-101B-9F08-00AA002F954E}\\Shell", EntryKind::RecycleBinVerb,
-     Filter::None, kRecycleBin, kContextMenu, 3},
-    {L"\\Directory\\shell", EntryKind::DirectoryVerb, Filter::Target, kDirectory, kShell, 4},
-    {L"\\Directory\\shellex\\ContextMenuHandlers", EntryKind::Handler, Filter::Target, kDirectory,
-     kContextMenu, 4},
-    {L"\\Folder\\shellex\\ContextMenuHandlers", EntryKind::Handler, Filter::Target, kFolder,
-     kContextMenu, 1},
-    {L"\\Drive\\shellex\\ContextMenuHandlers", EntryKind::Handler, Filter::Both, kDrive,
-     kContextMenu, 2},
+     Filter::None, messages::kRecycleBin, messages::kContextMenu, 3},
+    {L"\\Directory\\shell", EntryKind::DirectoryVerb, Filter::Target, messages::kDirectory,
+     messages::kShell, 4},
+    {L"\\Directory\\shellex\\ContextMenuHandlers", EntryKind::Handler, Filter::Target,
+     messages::kDirectory, messages::kContextMenu, 4},
+    {L"\\Folder\\shellex\\ContextMenuHandlers", EntryKind::Handler, Filter::Target,
+     messages::kFolder, messages::kContextMenu, 1},
+    {L"\\Drive\\shellex\\ContextMenuHandlers", EntryKind::Handler, Filter::Both, messages::kDrive,
+     messages::kContextMenu, 2},
 };
 
 struct Entry {
@@ -128,8 +116,7 @@ void ScanShellExtensions(TPlatform& platform, const MessageLookup& messages, TLi
     registry.CloseKey();
 
     const std::wstring categoryText =
-        messages.Message(category.category.key, category.category.english) + L"(" +
-        messages.Message(category.kindWord.key, category.kindWord.english) + L")";
+        messages.Message(category.category) + L"(" + messages.Message(category.kindWord) + L")";
     for (const std::wstring& name : names) {
       std::wstring keyPath(category.parent);
       keyPath += L"\\" + name;

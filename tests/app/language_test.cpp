@@ -2,8 +2,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <regex>
-#include <set>
 
 #include "app/UnitMain.h"
 #include "settings/UnitChangeSetting.h"
@@ -80,18 +78,18 @@ TEST(Language, LoadsByNameAndFallsBackToEnglish) {
   EXPECT_EQ(language.DisplayNames()[1], L"Deutsch");
   language.Load(L"gERMAN");
   EXPECT_EQ(language.Index(), 1);
-  EXPECT_EQ(language.Message(L"M_B", L"?"), L"") << "present and empty is a text of its own";
-  EXPECT_EQ(language.Message(L"M_C", L"built in"), L"built in");
+  EXPECT_EQ(language.Message({L"M_B", L"?"}), L"") << "present and empty is a text of its own";
+  EXPECT_EQ(language.Message({L"M_C", L"built in"}), L"built in");
   for (const wchar_t* unusable : {L"Klingon", L"", L"German.lngbak", L"..\\L\\German", L"Folder"}) {
     language.Load(L"German");
-    EXPECT_EQ(language.Message(L"M_A", L"?"), L"deutsch");
+    EXPECT_EQ(language.Message({L"M_A", L"?"}), L"deutsch");
     language.Load(unusable);
-    EXPECT_EQ(language.Message(L"M_A", L"?"), L"english") << ToUtf8(unusable);
+    EXPECT_EQ(language.Message({L"M_A", L"?"}), L"english") << ToUtf8(unusable);
   }
   files.files.erase(L"D:\\L\\English.lng");
   language.Load(L"German");
   language.Load(L"Klingon");
-  EXPECT_EQ(language.Message(L"M_A", L"?"), L"deutsch");
+  EXPECT_EQ(language.Message({L"M_A", L"?"}), L"deutsch");
 }
 
 using Texts = std::map<std::wstring, std::wstring>;
@@ -99,31 +97,6 @@ using Texts = std::map<std::wstring, std::wstring>;
 std::string ReadFile(const std::filesystem::path& path) {
   std::ifstream stream(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-// Every message key in the product's sources with the English text that follows it, which is empty
-// where something else follows.
-Texts MessagesInSources() {
-  const std::wregex neighbours(LR"("\s+L")");
-  const std::wregex keyAndText(LR"re(^L"(\w+)"(?:,\s+L"((?:\\.|[^"\\])*)")?)re");
-  Texts messages;
-  const auto top = std::filesystem::path(TARVELIN_RESOURCES_DIR).parent_path();
-  for (const char* folder : {"common", "widgets", "addons", "shellmenu", "settings", "app"}) {
-    for (const auto& entry : std::filesystem::directory_iterator(top / folder)) {
-      const std::string bytes = ReadFile(entry.path());
-      const std::wstring source = FromUtf8(std::as_bytes(std::span(bytes)));
-      for (std::size_t at = 0; (at = source.find(L"L\"M_", at)) != std::wstring::npos; ++at) {
-        const auto here = std::regex_replace(source.substr(at, 300), neighbours, L"");
-        std::wsmatch match;
-        if (!std::regex_search(here, match, keyAndText)) continue;
-        const std::wstring text = ReplaceAll(match.str(2), L"\\", L"");
-        std::wstring& known = messages[match.str(1)];
-        if (known.empty()) known = text;
-        if (!text.empty() && known != text) known = L"(worded differently)";
-      }
-    }
-  }
-  return messages;
 }
 
 Texts TextsOfWindow(TForm& form) {
@@ -143,41 +116,60 @@ Texts TextsOfWindow(TForm& form) {
   return texts;
 }
 
-// English repeats the built-in texts, German has one for each, and neither has a key too many.
-void ExpectComplete(std::wstring_view section, const Texts& builtIn,
-                    const std::set<std::wstring>& notInEnglish = {}) {
-  const auto read = [&](const std::string& language) {
-    TValueLines lines;
-    Load(ReadFile(TARVELIN_RESOURCES_DIR "/languages/" + language + ".lng"))
-        .ReadSectionValues(section, lines);
-    return Texts(lines.Lines().begin(), lines.Lines().end());
-  };
-  const Texts english = read("English");
-  Texts german = read("German");
-  EXPECT_EQ(german.size(), builtIn.size());
-  EXPECT_EQ(english.size(), builtIn.size() - notInEnglish.size());
-  for (const auto& [key, text] : builtIn) {
-    EXPECT_FALSE(german[key].empty()) << ToUtf8(key);
-    if (notInEnglish.contains(key)) continue;
-    ASSERT_TRUE(english.contains(key)) << ToUtf8(key);
-    EXPECT_TRUE(text.empty() || english.at(key) == text) << ToUtf8(key);
-    EXPECT_EQ(german[key].find(L"%s") == text.npos, text.find(L"%s") == text.npos) << ToUtf8(key);
-  }
+Texts Messages() {
+  Texts texts;
+  for (const Text& text : messages::kAll) texts.emplace(text.key, text.english);
+  return texts;
 }
 
-TEST(LanguageFiles, HaveEveryTextOfTheProgram) {
+std::size_t Names(std::wstring_view text) {
+  std::size_t count = 0;
+  for (auto at = text.find(L"%s"); at != text.npos; at = text.find(L"%s", at + 1)) ++count;
+  return count;
+}
+
+TEST(LanguageFiles, HaveEveryTextOfTheProgramAndNoOther) {
   TestPlatform world;
   TApplication application(world.boxes, L"Tarvelin");
   TFormMain formMain(world.platform, application, L"C:\\Program\\");
   TFormChange formChange(world.platform, formMain.lvHijack(), [] {});
-  ExpectComplete(L"Tarvelin_FormMain", TextsOfWindow(formMain));
-  ExpectComplete(L"Tarvelin_FormChange", TextsOfWindow(formChange));
-  Texts messages = MessagesInSources();
-  // Translated ahead of the row menu and the empty list that show them.
-  messages.try_emplace(L"M_Copy", L"Copy");
-  messages.try_emplace(L"M_Nothing_Found", L"No entries were found.");
-  // These two are worded differently by different pages, which one text in a file would replace.
-  ExpectComplete(L"Tarvelin_M", messages, {L"M_Remove_Success", L"M_Select_None"});
+  const std::map<std::wstring, Texts> sections{{L"Tarvelin_FormMain", TextsOfWindow(formMain)},
+                                               {L"Tarvelin_FormChange", TextsOfWindow(formChange)},
+                                               {L"Tarvelin_M", Messages()}};
+  int files = 0;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(TARVELIN_RESOURCES_DIR "/languages")) {
+    SCOPED_TRACE(entry.path().filename().string());
+    ++files;
+    const std::string bytes = ReadFile(entry.path());
+    EXPECT_TRUE(bytes.starts_with("\xEF\xBB\xBF"));
+    const TExtIniFile file = Load(bytes);
+    EXPECT_TRUE(file.ValueExists(L"Main", L"DisplayName"));
+    const bool isEnglish = entry.path().stem() == "English";
+    for (const auto& [section, builtIn] : sections) {
+      TValueLines lines;
+      file.ReadSectionValues(section, lines);
+      Texts missing = builtIn;
+      for (const auto& [key, text] : lines.Lines()) {
+        ASSERT_TRUE(builtIn.contains(key)) << "unknown: " << ToUtf8(key);
+        EXPECT_EQ(missing.erase(key), 1U) << "twice: " << ToUtf8(key);
+        const std::wstring& english = builtIn.at(key);
+        EXPECT_EQ(Names(text), Names(english)) << ToUtf8(key);
+        EXPECT_FALSE(text.empty()) << ToUtf8(key);
+        EXPECT_TRUE(!isEnglish || text == english) << ToUtf8(key);
+        // The program appends a question mark.
+        const bool asks = key == L"M_Remove_Warning";
+        EXPECT_TRUE(!asks || text.find_first_of(L"?\uFF1F") == text.npos) << ToUtf8(text);
+      }
+      // Each of these has two built-in texts, which one in English.lng would replace.
+      if (isEnglish)
+        std::erase_if(missing, [](const auto& text) {
+          return text.first == L"M_Remove_Success" || text.first == L"M_Select_None";
+        });
+      for (const auto& text : missing) ADD_FAILURE() << "missing: " << ToUtf8(text.first);
+    }
+  }
+  EXPECT_EQ(files, 13);
 }
 
 }  // namespace

@@ -59,7 +59,7 @@ TEST(RegistryTest, ReadsByTypeWithOneQueryAndNamesTheValueInErrors) {
     try {
       action();
     } catch (const TRegistryError& error) {
-      return error.Key() + L" " + error.Detail();
+      return std::wstring(error.Message().key) + L" " + error.Detail();
     }
     return std::wstring(L"none");
   };

@@ -166,9 +166,7 @@ class FakeDisplay : public Display {
 
 class EnglishMessages : public MessageLookup {
  public:
-  std::wstring Message(std::wstring_view, std::wstring_view englishText) const override {
-    return std::wstring(englishText);
-  }
+  std::wstring Message(const Text& text) const override { return std::wstring(text.english); }
 };
 
 struct TestPlatform {

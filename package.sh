@@ -13,6 +13,7 @@ cd "$(dirname "$0")"
 tools/install-packages.sh build package
 ./build.sh
 version=$(sed -n 's/^project(Tarvelin VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+# What has a date bears that of the commit.
 SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH-$(git log -1 --format=%ct)}
 export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8 MAGICK_THREAD_LIMIT=1
 url=${TARVELIN_DOWNLOAD_URL-https://tarvelin.example/$version}

@@ -1,6 +1,16 @@
 #!/usr/bin/env bash
-# Installs what is missing on a Debian machine: install-packages.sh build|test|run|package|x86...
+# Installs what is missing on a Debian machine: install-packages.sh build|test|run|clang|package|x86...
 set -euo pipefail
+
+# shellcheck disable=SC1091  # os-release is not ours
+system=$(. /etc/os-release 2>/dev/null && echo "${ID-} ${VERSION_ID-}" || true)
+case $system in
+  "debian 12" | "debian 13") ;;
+  *)
+    echo "This was made for Debian 12 and 13 and their packages; here is ${system:-another system}." >&2
+    exit 1
+    ;;
+esac
 
 packages=()
 for purpose in "$@"; do
@@ -10,11 +20,16 @@ for purpose in "$@"; do
         libz-mingw-w64-dev googletest dpkg-dev ca-certificates)
       ;;
     test)
-      packages+=(libpng-dev libjpeg62-turbo-dev clang-format-14 clang-tidy-14 python3-pefile
+      packages+=(libpng-dev libjpeg62-turbo-dev python3-pefile python3
         wine wine64 fonts-wine fonts-droid-fallback)
+      # Other versions format and find otherwise; there the two checks are skipped.
+      [ "$system" != "debian 12" ] || packages+=(clang-format-14 clang-tidy-14)
       ;;
     run)
       packages+=(wine wine64 fonts-wine fonts-droid-fallback xvfb xdotool imagemagick)
+      ;;
+    clang)
+      packages+=(clang)
       ;;
     package)
       packages+=(nsis librsvg2-bin imagemagick osslsigncode python3-pefile git)
@@ -23,16 +38,12 @@ for purpose in "$@"; do
       packages+=(debootstrap)
       ;;
     *)
-      echo "install-packages: build, test, run, package or x86, not $purpose" >&2
+      echo "install-packages: build, test, run, clang, package or x86, not $purpose" >&2
       exit 2
       ;;
   esac
 done
 
-command -v dpkg-query >/dev/null || {
-  echo "This needs a Debian machine, for apt-get and its packages: ${packages[*]}" >&2
-  exit 1
-}
 is_missing() {
   ! dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null | grep -qx installed
 }

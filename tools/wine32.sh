@@ -3,6 +3,7 @@
 # its own, in build/x86-root/, since its packages would replace some of the machine's. That needs
 # root, or sudo, for chroot.
 #   wine32.sh there                 whether the machine's own Wine can
+#   wine32.sh possible              whether the machine's own can or another one can be made
 #   wine32.sh make                  makes the other Debian where it is needed (about two minutes)
 #   wine32.sh run COMMAND [ARG...]  runs a command where that Wine is; it sees this source tree in
 #                                   its own place
@@ -65,6 +66,7 @@ run() {
 
 case ${1-} in
   there) there ;;
+  possible) there || "${as_root[@]}" unshare --mount true 2>/dev/null ;;
   make) make ;;
   run) run "${@:2}" ;;
   *)

@@ -28,7 +28,7 @@ namespace {
                       nullptr) != ERROR_SUCCESS) {
     return;
   }
-  const auto bytes = static_cast<DWORD>((lstrlenW(text) + 1) * sizeof(wchar_t));
+  const auto bytes = static_cast<DWORD>(lstrlenW(text) + 1) * DWORD{sizeof(wchar_t)};
   RegSetValueExW(opened, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text), bytes);
   RegCloseKey(opened);
 }

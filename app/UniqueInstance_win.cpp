@@ -9,6 +9,14 @@ namespace tarvelin {
 
 namespace {
 constexpr const wchar_t* kWindowClass = L"TApplication";
+
+// The name of the program's file. A path that somebody typed may spell it in other letters, or
+// shorter, than the folder has it.
+std::wstring NameOnDisk(const std::wstring& executablePath) {
+  WIN32_FIND_DATAW entry{};
+  const UniqueFind search(FindFirstFileW(executablePath.c_str(), &entry));
+  return search ? entry.cFileName : ExtractFileName(executablePath);
+}
 }  // namespace
 
 bool BringToForeground(HWND window) {
@@ -26,28 +34,35 @@ bool BringToForeground(HWND window) {
     raised = GetForegroundWindow() == window;
   }
   if (!raised) {
+    const auto setTimeout = [](DWORD timeout) {
+      // It travels in the place of a pointer.
+      SystemParametersInfoW(SPI_SETFOREGROUNDLOCKTIMEOUT, 0,
+                            reinterpret_cast<void*>(static_cast<UINT_PTR>(timeout)),
+                            SPIF_SENDCHANGE);
+    };
     DWORD timeout = 0;
-    SystemParametersInfoW(SPI_GETFOREGROUNDLOCKTIMEOUT, 0, &timeout, 0);
-    SystemParametersInfoW(SPI_SETFOREGROUNDLOCKTIMEOUT, 0, nullptr, SPIF_SENDCHANGE);
+    // One that is not known could not be put back.
+    const BOOL known = SystemParametersInfoW(SPI_GETFOREGROUNDLOCKTIMEOUT, 0, &timeout, 0);
+    if (known) setTimeout(0);
     BringWindowToTop(window);
     SetForegroundWindow(window);
-    // The time-out itself travels in the place of a pointer.
-    SystemParametersInfoW(SPI_SETFOREGROUNDLOCKTIMEOUT, 0,
-                          reinterpret_cast<void*>(static_cast<UINT_PTR>(timeout)), SPIF_SENDCHANGE);
+    if (known) setTimeout(timeout);
   }
   return GetForegroundWindow() == window;
 }
 
 std::unique_ptr<UniqueInstance> UniqueInstance::Claim(HINSTANCE instance,
                                                       const std::wstring& executablePath) {
-  const std::wstring name = ExtractFileName(executablePath);
+  const std::wstring name = NameOnDisk(executablePath);
   const UINT message = RegisterWindowMessageW(name.c_str());
   UniqueKernelObject mutex(CreateMutexW(nullptr, FALSE, name.c_str()));
   const bool runs = GetLastError() == ERROR_ALREADY_EXISTS;
   if (!mutex) return nullptr;
   if (runs) {
     DWORD recipients = BSM_APPLICATIONS;
-    BroadcastSystemMessageW(BSF_IGNORECURRENTTASK | BSF_POSTMESSAGE, &recipients, message, 0, 0);
+    if (message) {
+      BroadcastSystemMessageW(BSF_IGNORECURRENTTASK | BSF_POSTMESSAGE, &recipients, message, 0, 0);
+    }
     return nullptr;
   }
   return std::unique_ptr<UniqueInstance>(new UniqueInstance(instance, message, std::move(mutex)));
@@ -72,7 +87,8 @@ UniqueInstance::~UniqueInstance() { DestroyWindow(applicationWindow_); }
 LRESULT CALLBACK UniqueInstance::Procedure(HWND window, UINT message, WPARAM wParam,
                                            LPARAM lParam) {
   auto* instance = reinterpret_cast<UniqueInstance*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-  if (instance && message == instance->message_) {
+  // 0, which no program could register, is a message that anybody may send for no reason.
+  if (instance && message != 0 && message == instance->message_) {
     instance->Raise();
     return 0;
   }

@@ -16,7 +16,8 @@ namespace tarvelin {
 bool BringToForeground(HWND window);
 
 // The first copy's claim to be the only one, and its ear for the copies that are started later. The
-// claim goes by the file name of the executable, so that a renamed copy runs beside this one.
+// claim goes by the file name of the executable as it is on disk, so that a renamed copy runs
+// beside this one, and one that was started by another spelling does not.
 class UniqueInstance {
  public:
   // Null when the program must end without a word: another copy runs, which has been asked to show

@@ -1,10 +1,11 @@
-// The Windows halves of files, version information, icons, modules and the display.
+// The Windows halves of files, version information, icons, modules, the display and the start.
 #include "common/system_win.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
+#include "app/UniqueInstance_win.h"
 #include "common/Corvane_Routine_New.h"
 #include "tests/support/memory_registry.h"
 #include "tests/win/driver.h"
@@ -123,6 +124,25 @@ TEST_F(SystemTest, GivesIconsFoldersAndScreenFacts) {
   platform.display.ProcessMessages();
   MSG message{};
   EXPECT_TRUE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE));
+}
+
+TEST_F(SystemTest, OneInstanceGoesByTheFileNameOnDisk) {
+  const HINSTANCE program = GetModuleHandleW(nullptr);
+  Write(folder + L"\\One.exe", {});
+  const auto first = UniqueInstance::Claim(program, folder + L"\\One.exe");
+  EXPECT_TRUE(first);
+  EXPECT_FALSE(UniqueInstance::Claim(program, folder + L"\\ONE.EXE"));
+
+  // A name that Windows registers no message for: its number, 0, is not one to come forward at.
+  const auto nameless = UniqueInstance::Claim(program, L"C:\\");
+  const HWND hidden = FindWindowW(L"TApplication", nullptr);
+  const HWND window = CreateWindowW(L"STATIC", L"", WS_POPUP | WS_VISIBLE, 0, 0, 9, 9, nullptr,
+                                    nullptr, program, nullptr);
+  nameless->SetMainWindow(window);
+  ShowWindow(window, SW_MINIMIZE);
+  SendMessageW(hidden, WM_NULL, 0, 0);
+  EXPECT_TRUE(IsIconic(window));
+  DestroyWindow(window);
 }
 
 }  // namespace

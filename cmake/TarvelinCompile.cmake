@@ -50,8 +50,9 @@ endif()
 if(WIN32)
   target_compile_definitions(tarvelin_options INTERFACE UNICODE _UNICODE WIN32_LEAN_AND_MEAN
                              NOMINMAX STRICT _WIN32_WINNT=0x0601 WINVER=0x0601)
-  target_link_libraries(tarvelin_options INTERFACE comctl32 msimg32 oleacc version shlwapi
-                        shell32 ole32 oleaut32 uuid gdi32 user32 advapi32 ntdll)
+  # Only what Windows never takes from the program's folder; tools/check-imports.sh says why.
+  target_link_libraries(tarvelin_options INTERFACE comctl32 shell32 ole32 gdi32 user32 advapi32
+                        ntdll)
 endif()
 
 # tarvelin_library(NAME [DEPENDS folders...] [LIBRARIES targets...])

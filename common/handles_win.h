@@ -135,10 +135,11 @@ class WindowDc {
   HDC dc_;
 };
 
-// An export of a loaded module (GetProcAddress) as a function of type `Function`; null when the
-// module, or this release of Windows, has none of that name.
+// An export of a loaded module (GetProcAddress) as a function of type `Function`; null when there
+// is no module, or it, or this release of Windows, has none of that name.
 template <class Function>
 [[nodiscard]] Function FindExport(HMODULE module, const char* name) {
+  if (!module) return nullptr;  // to GetProcAddress the program itself
   return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
 

@@ -244,10 +244,10 @@ std::unique_ptr<Icon> WrapIcon(HICON handle) {
 
 class WindowsShell : public Shell {
  public:
-  explicit WindowsShell(Com& com) : com_(com) {}
+  WindowsShell(Com& com, FileSystem& files) : com_(com), version_(files) {}
 
   std::unique_ptr<VersionResource> OpenVersionResource(const std::wstring& path) override {
-    return OpenVersionResourceOf(path);
+    return version_.Open(path);
   }
 
   std::unique_ptr<Icon> ExtractIconOf(const std::wstring& path, int index) override {
@@ -284,6 +284,7 @@ class WindowsShell : public Shell {
 
  private:
   Com& com_;
+  VersionLibrary version_;
 };
 
 // While it lives, a key that is held down answers no box. The box has a message loop of its own.
@@ -449,7 +450,7 @@ struct WindowsPlatform::Parts {
   WindowsRegistry registry;
   WindowsFiles files;
   WindowsModules modules{com};
-  WindowsShell shell{com};
+  WindowsShell shell{com, files};
   WindowsBoxes boxes;
   WindowsEditor editor{com, files};
   WindowsResources resources;

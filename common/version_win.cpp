@@ -1,9 +1,8 @@
 #include "common/version_win.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace tarvelin {
 namespace {
@@ -16,7 +15,8 @@ constexpr std::size_t kRoomBehind = 256 * 1024;
 class WindowsVersionResource : public VersionResource {
  public:
   // `block` has the room behind the resource.
-  explicit WindowsVersionResource(Bytes block) : block_(std::move(block)) {}
+  WindowsVersionResource(Bytes block, decltype(&VerQueryValueW) query)
+      : block_(std::move(block)), query_(query) {}
 
   std::optional<std::pair<std::uint16_t, std::uint16_t>> Translation() override {
     std::uint16_t words[2]{};
@@ -43,9 +43,7 @@ class WindowsVersionResource : public VersionResource {
   std::optional<std::span<const std::byte>> Query(const std::wstring& subBlock, std::size_t unit) {
     void* value = nullptr;
     UINT length = 0;
-    if (!VerQueryValueW(block_.data(), subBlock.c_str(), &value, &length) || !value) {
-      return std::nullopt;
-    }
+    if (!query_(block_.data(), subBlock.c_str(), &value, &length) || !value) return std::nullopt;
     const auto start = reinterpret_cast<std::uintptr_t>(value);
     const auto begin = reinterpret_cast<std::uintptr_t>(block_.data());
     if (start < begin || start - begin > block_.size()) return std::nullopt;
@@ -61,17 +59,29 @@ class WindowsVersionResource : public VersionResource {
   }
 
   Bytes block_;
+  decltype(&VerQueryValueW) query_;
 };
 
 }  // namespace
 
-std::unique_ptr<VersionResource> OpenVersionResourceOf(const std::wstring& path) {
+std::unique_ptr<VersionResource> VersionLibrary::Open(const std::wstring& path) {
+  if (!module_) {
+    const std::wstring library = files_.SystemDirectory() + L"\\version.dll";
+    module_.Reset(LoadLibraryExW(library.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+  }
+  const HMODULE module = module_.Get();
+  const auto getSize =
+      FindExport<decltype(&GetFileVersionInfoSizeW)>(module, "GetFileVersionInfoSizeW");
+  const auto get = FindExport<decltype(&GetFileVersionInfoW)>(module, "GetFileVersionInfoW");
+  const auto query = FindExport<decltype(&VerQueryValueW)>(module, "VerQueryValueW");
+  if (!getSize || !get || !query) return nullptr;
+
   DWORD unused = 0;
-  const DWORD size = GetFileVersionInfoSizeW(path.c_str(), &unused);
+  const DWORD size = getSize(path.c_str(), &unused);
   if (size == 0) return nullptr;
   Bytes block(size + kRoomBehind);
-  if (!GetFileVersionInfoW(path.c_str(), 0, size, block.data())) return nullptr;
-  return std::make_unique<WindowsVersionResource>(std::move(block));
+  if (!get(path.c_str(), 0, size, block.data())) return nullptr;
+  return std::make_unique<WindowsVersionResource>(std::move(block), query);
 }
 
 }  // namespace tarvelin

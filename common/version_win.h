@@ -1,15 +1,31 @@
 // Version resources of files.
 #pragma once
 
+#include <windows.h>
+
 #include <memory>
 #include <string>
 
+#include "common/handles_win.h"
 #include "common/platform.h"
 
 namespace tarvelin {
 
-// The version resource of a file (GetFileVersionInfoW), null when it has none that can be read.
-// The file may be broken or made to do harm.
-[[nodiscard]] std::unique_ptr<VersionResource> OpenVersionResourceOf(const std::wstring& path);
+// The functions of version.dll, loaded at the first use. It is none of the libraries that Windows
+// takes from its own folder whatever lies beside the program, so it is not linked but named by its
+// full path.
+class VersionLibrary {
+ public:
+  // `files` tells where the system's folder is.
+  explicit VersionLibrary(FileSystem& files) : files_(files) {}
+
+  // The version resource of a file (GetFileVersionInfoW), null when it has none that can be read.
+  // The file may be broken or made to do harm. The resource must not outlive this object.
+  [[nodiscard]] std::unique_ptr<VersionResource> Open(const std::wstring& path);
+
+ private:
+  FileSystem& files_;
+  UniqueModule module_;
+};
 
 }  // namespace tarvelin

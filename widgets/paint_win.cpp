@@ -136,9 +136,10 @@ void PictureBitmap::Draw(HDC dc, const RECT& area, bool stretch) const {
   const int sourceWidth = stretch ? width_ : std::min(width_, areaWidth);
   const int sourceHeight = stretch ? height_ : std::min(height_, areaHeight);
   const BLENDFUNCTION blend{AC_SRC_OVER, 0, 255, AC_SRC_ALPHA};
-  AlphaBlend(dc, area.left, area.top, stretch ? areaWidth : sourceWidth,
-             stretch ? areaHeight : sourceHeight, memory.Get(), 0, 0, sourceWidth, sourceHeight,
-             blend);
+  // The function behind AlphaBlend, whose library Windows would look for beside the program first.
+  GdiAlphaBlend(dc, area.left, area.top, stretch ? areaWidth : sourceWidth,
+                stretch ? areaHeight : sourceHeight, memory.Get(), 0, 0, sourceWidth, sourceHeight,
+                blend);
 }
 
 }  // namespace tarvelin

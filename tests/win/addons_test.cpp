@@ -165,6 +165,15 @@ TEST_F(Removal, AModuleFindsItsOwnCompanionAndNoPlantedOne) {
          {L"+ " + kTraces + L"\\Loaded|" + companion + L"=1:companion",
           Trace(L"loading.dll", companion)});
   Remove(program, L"Unknown", kRemoved, {kClass + L"{c2}"}, {Trace(L"importing.dll", companion)});
+
+  // What a program is linked to is loaded before it can say from where. A second start ends before
+  // it draws anything: for themes Wine loads msimg32 itself.
+  const Lines traces = DumpRegistry({kTraces});
+  WriteText(L"HKCU\\Software\\Wine\\DllOverrides", L"msimg32", L"native,builtin");
+  const std::wstring second = CopyProgram(L"C:\\Second");
+  InstallModule(L"planted\\companion.dll", L"C:\\Second\\msimg32.dll");
+  EXPECT_EQ(RunToEnd(second), 0U);
+  EXPECT_EQ(DumpRegistry({kTraces}), traces);
 }
 
 TEST_F(Removal, AModuleThatMeddlesGetsItsOwnRowRemovedAndNothingElse) {

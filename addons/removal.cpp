@@ -30,15 +30,17 @@ int TScanIeBrowser::RemoveAddon(RemovalMode mode, std::wstring_view removal) {
 
 // The string is a module path, "|" and the location of a class. Unregistering runs the module's own
 // code in this process, so only a library on a lettered drive that nothing holds open is let in;
-// any other stays as it is, keys included.
+// any other stays as it is, keys included. What is tested is the file that will be loaded; only the
+// drive letter has to be in the path as it was registered.
 void TScanIeBrowser::UnregisterActiveX(std::wstring_view removal) {
   FileSystem& files = platform_.files;
-  const std::wstring module =
+  const std::wstring registered =
       ReplaceAll(LeftOfChar(removal, 255, L'|'), L"%SYSTEMROOT%", GetWindowsDir(files));
+  const std::wstring module = files.FullPath(registered);
   if (!files.FileExists(module) || IsFileInUse(files, module)) return;
-  const std::wstring extension = ExtractFileExt(module);
+  const std::wstring extension = ExtractFileExt(registered);
   if (!SameText(extension, L".DLL") && !SameText(extension, L".OCX")) return;
-  if (module.size() < 2 || module[1] != L':') return;
+  if (registered.size() < 2 || registered[1] != L':') return;
 
   platform_.modules.Unregister(module);
 
@@ -71,7 +73,9 @@ int TScanIeBrowser::RemoveValueAndFile(std::wstring_view removal) {
                       nameAndFile.substr(0, nameEnd));
 
   const std::wstring file(nameAndFile.substr(nameAndFile.rfind(L'|') + 1));
-  if (!platform_.files.FileExists(file)) return 0;
+  // A bar may name its module without a folder ("mscoree.dll"). A file of that name in the current
+  // folder is another one.
+  if (!IsAbsolutePath(file) || !platform_.files.FileExists(file)) return 0;
   return platform_.files.RemoveFile(file) ? 0 : -1;
 }
 

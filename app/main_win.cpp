@@ -87,7 +87,7 @@ void RunProgram(HINSTANCE instance) {
 }  // namespace tarvelin
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int) {
-  tarvelin::HardenDllSearch();
+  tarvelin::PrepareProcess();
   try {
     tarvelin::RunProgram(instance);
     return 0;

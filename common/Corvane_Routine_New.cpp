@@ -104,6 +104,13 @@ std::wstring CommandLineToFilePath(FileSystem& files, std::wstring_view commandL
   return path;
 }
 
+bool IsAbsolutePath(std::wstring_view path) {
+  const auto separator = [&](std::size_t at) {
+    return at < path.size() && (path[at] == L'\\' || path[at] == L'/');
+  };
+  return separator(0) ? separator(1) : path.size() > 2 && path[1] == L':' && separator(2);
+}
+
 std::wstring ExtractFileName(std::wstring_view path) {
   const auto end = path.find_last_of(L"\\:");
   return std::wstring(path.substr(end == kNone ? 0 : end + 1));

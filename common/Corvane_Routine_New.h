@@ -39,6 +39,10 @@ namespace tarvelin {
 // fails; the result may be empty or name no file.
 [[nodiscard]] std::wstring CommandLineToFilePath(FileSystem& files, std::wstring_view commandLine);
 
+// Whether a path says where it begins, at the root of a drive or on a server, whatever folder is
+// the current one.
+[[nodiscard]] bool IsAbsolutePath(std::wstring_view path);
+
 // The part of a path after its last "\" or ":", and that part's extension from its last "." on.
 [[nodiscard]] std::wstring ExtractFileName(std::wstring_view path);
 [[nodiscard]] std::wstring ExtractFileExt(std::wstring_view path);

@@ -32,6 +32,10 @@ class FileSystem {
   // Deletes a file (DeleteFileW); a directory or a read-only file is not deleted.
   [[nodiscard]] virtual bool RemoveFile(const std::wstring& path) = 0;
 
+  // The path from a drive or a server on that Windows makes of any other, with backslashes only
+  // (GetFullPathNameW); empty when it refuses.
+  [[nodiscard]] virtual std::wstring FullPath(const std::wstring& path) = 0;
+
   // The names that match a pattern such as "C:\folder\*.*", hidden and system entries, "." and ".."
   // included, in the order of the file system (FindFirstFileW). `found` gets each name in turn.
   virtual void ForEachEntry(const std::wstring& pattern,
@@ -62,7 +66,8 @@ class ModuleRegistrar {
   virtual ~ModuleRegistrar() = default;
 
   // Loads the library, calls its export "DllUnregisterServer" when there is one and unloads it.
-  // Nothing is reported. The library finds companions in its own folder, none in the program's.
+  // `path` is a full one; any other is passed by. Nothing is reported. The library finds companions
+  // in its own folder and in those of Windows, none in the program's or in the current folder.
   virtual void Unregister(const std::wstring& path) = 0;
 };
 

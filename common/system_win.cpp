@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "common/Corvane_Routine_New.h"
 #include "common/keys_win.h"
 #include "common/registry_win.h"
 #include "common/version_win.h"
@@ -46,6 +47,12 @@ class WindowsFiles : public FileSystem {
   }
 
   bool RemoveFile(const std::wstring& path) override { return DeleteFileW(path.c_str()); }
+
+  std::wstring FullPath(const std::wstring& path) override {
+    return TextOf([&](wchar_t* buffer, DWORD size) {
+      return GetFullPathNameW(path.c_str(), size, buffer, nullptr);
+    });
+  }
 
   void ForEachEntry(const std::wstring& pattern,
                     const std::function<void(const std::wstring&)>& found) override {
@@ -136,30 +143,34 @@ class Com {
   bool started_ = false;
 };
 
-// No system box about a damaged library or an empty drive appears while it lives.
-class QuietErrors {
- public:
-  QuietErrors() { SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &former_); }
-  QuietErrors(const QuietErrors&) = delete;
-  QuietErrors& operator=(const QuietErrors&) = delete;
-  ~QuietErrors() { SetThreadErrorMode(former_, nullptr); }
-
- private:
-  DWORD former_ = 0;
-};
-
-// "C:\..." or "\\server\...": nothing is looked up in a search path or in the current folder.
-bool IsAbsolute(const std::wstring& path) {
-  return path.starts_with(L"\\\\") || (path.size() > 2 && path[1] == L':' && path[2] == L'\\');
-}
-
-// While it lives, a library that is loaded by its mere name is also looked for in that folder.
+// While it lives, a library that is loaded by its mere name is also looked for in that folder. The
+// one for Windows' folder is of use where the program's folder was taken out of the search; an
+// older Windows looks there in any case (AddDllDirectory, SetDllDirectoryW).
 class CompanionFolder {
  public:
-  explicit CompanionFolder(const std::wstring& folder) { SetDllDirectoryW(folder.c_str()); }
+  explicit CompanionFolder(const std::wstring& folder) {
+    const HMODULE kernel = GetModuleHandleW(L"kernel32.dll");
+    const auto add = FindExport<decltype(&AddDllDirectory)>(kernel, "AddDllDirectory");
+    remove_ = FindExport<decltype(&RemoveDllDirectory)>(kernel, "RemoveDllDirectory");
+    if (add && remove_) {
+      added_ = add(folder.c_str());
+    } else {
+      SetDllDirectoryW(folder.c_str());
+    }
+  }
   CompanionFolder(const CompanionFolder&) = delete;
   CompanionFolder& operator=(const CompanionFolder&) = delete;
-  ~CompanionFolder() { SetDllDirectoryW(L""); }
+  ~CompanionFolder() {
+    if (added_) {
+      remove_(added_);
+    } else {
+      SetDllDirectoryW(L"");
+    }
+  }
+
+ private:
+  DLL_DIRECTORY_COOKIE added_ = nullptr;
+  decltype(&RemoveDllDirectory) remove_ = nullptr;
 };
 
 // While it lives, the windows of this thread take no input: somebody else's code runs in it, which
@@ -195,20 +206,22 @@ class InputBlock {
 
 class WindowsModules : public ModuleRegistrar {
  public:
-  explicit WindowsModules(Com& com) : com_(com) {}
+  WindowsModules(Com& com, FileSystem& files) : com_(com), files_(files) {}
 
   // The library's code runs in this process and cannot be shielded: when it crashes, the program
   // ends. Callers unregister before they delete anything, so the registry is then as it was.
   void Unregister(const std::wstring& path) override {
-    if (!IsAbsolute(path)) return;
+    if (!IsAbsolutePath(path)) return;
     com_.Start();
-    const QuietErrors quiet;
     const InputBlock block;
-    // Its own folder and the system's, but not the program's. The flag is for the libraries that it
-    // is linked to, the guard for those that it loads while it runs.
-    const CompanionFolder companions(path.substr(0, path.rfind(L'\\')));
-    UniqueModule module(LoadLibraryExW(
-        path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32));
+    // Its own folder and those of Windows, but not the program's. The flags are for the libraries
+    // that it is linked to, the guards alone for those that it loads while it runs.
+    const CompanionFolder windows(files_.WindowsDirectory());
+    const CompanionFolder own(path.substr(0, path.rfind(L'\\') + 1));
+    UniqueModule module(LoadLibraryExW(path.c_str(), nullptr,
+                                       LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR |
+                                           LOAD_LIBRARY_SEARCH_USER_DIRS |
+                                           LOAD_LIBRARY_SEARCH_SYSTEM32));
     if (!module && GetLastError() == ERROR_INVALID_PARAMETER) {
       // Windows 7 without the update that knows these flags.
       module.Reset(LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
@@ -221,6 +234,7 @@ class WindowsModules : public ModuleRegistrar {
 
  private:
   Com& com_;
+  FileSystem& files_;
 };
 
 // Runs a verb on a file and gives the process, if one was started; nullopt when Windows refuses.
@@ -260,6 +274,7 @@ class WindowsShell : public Shell {
   }
 
   std::unique_ptr<Icon> FileTypeIcon(const std::wstring& path, bool small) override {
+    com_.Start();
     SHFILEINFOW info{};
     const UINT flags = SHGFI_ICON | SHGFI_USEFILEATTRIBUTES | (small ? SHGFI_SMALLICON : 0);
     if (!SHGetFileInfoW(path.c_str(), FILE_ATTRIBUTE_NORMAL, &info, sizeof info, flags)) {
@@ -436,20 +451,21 @@ class WindowsDisplay : public Display {
 
 }  // namespace
 
-void HardenDllSearch() {
+void PrepareProcess() {
   using SetDirectories = BOOL(WINAPI*)(DWORD);
   const auto setDirectories =
       FindExport<SetDirectories>(GetModuleHandleW(L"kernel32.dll"), "SetDefaultDllDirectories");
   // The user's directory is one that the program itself names, and it starts without any.
   if (setDirectories) setDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32 | LOAD_LIBRARY_SEARCH_USER_DIRS);
   SetDllDirectoryW(L"");
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
 }
 
 struct WindowsPlatform::Parts {
   Com com;
   WindowsRegistry registry;
   WindowsFiles files;
-  WindowsModules modules{com};
+  WindowsModules modules{com, files};
   WindowsShell shell{com, files};
   WindowsBoxes boxes;
   WindowsEditor editor{com, files};

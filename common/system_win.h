@@ -10,10 +10,14 @@
 
 namespace tarvelin {
 
-// Takes the program's folder and the current folder out of the search for DLLs, so that a file that
-// somebody dropped there is never loaded (SetDefaultDllDirectories where Windows has it, and
-// SetDllDirectoryW). The first statement of the program.
-void HardenDllSearch();
+// Takes the program's folder and the current folder out of the search for DLLs, so that from then
+// on a file that somebody dropped there is not loaded (SetDefaultDllDirectories, which Windows 8
+// brings and KB2533623 added to Windows 7, and SetDllDirectoryW; a Windows 7 without that update
+// still looks in the program's folder). What the program is linked to is loaded before: that is
+// only what Windows takes from its own folders (tools/check-imports.sh). Keeps the system's own
+// boxes about an empty card reader or a damaged library away as well (SetErrorMode). The first
+// statement of the program.
+void PrepareProcess();
 
 // An icon of the shell or of a file.
 class WindowsIcon : public Icon {

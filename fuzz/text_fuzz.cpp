@@ -21,6 +21,7 @@ class FuzzFiles : public FileSystem {
   bool FileExists(const std::wstring& path) override { return path.size() % 2 == 0; }
   bool ExclusiveOpenFails(const std::wstring&) override { return false; }
   bool RemoveFile(const std::wstring&) override { return false; }
+  std::wstring FullPath(const std::wstring& path) override { return path; }
   void ForEachEntry(const std::wstring&, const std::function<void(const std::wstring&)>&) override {
   }
   std::optional<Bytes> ReadWholeFile(const std::wstring&) override { return std::nullopt; }

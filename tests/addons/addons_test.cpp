@@ -157,7 +157,7 @@ TEST_F(RemovalTest, DeletesExactlyWhatIsNamed) {
   registry.Key(kButton + L"{2}\\Sub").Key(kButton + L"{3}").Integer(kToolbar, L"{2}", 0);
   registry.Child(kEntry, L"A\0"s).Child(kButton, L"\0"s);
   EXPECT_EQ(scanner.RemoveAddon(kUnregister, L"%SYSTEMROOT%\\w.oCx|" + kClass + L"{2}"), 0);
-  EXPECT_EQ(scanner.RemoveAddon(kUnregister, L"C:\\1.dll|" + kClass + L"{3} "), 0);
+  EXPECT_EQ(scanner.RemoveAddon(kUnregister, L"C:/1.dll|" + kClass + L"{3} "), 0);
   EXPECT_EQ(test.modules.unregistered, (std::vector{L"C:\\Windows\\w.oCx"s, L"C:\\1.dll"s}));
   EXPECT_EQ(scanner.RemoveAddon(RemovalMode::DeleteExtraButton, kButton + L"{2}"), 0);
   EXPECT_EQ(scanner.RemoveAddon(RemovalMode::DeleteKey, kButton + L"{3}\\"), 0);
@@ -169,6 +169,13 @@ TEST_F(RemovalTest, DeletesExactlyWhatIsNamed) {
   EXPECT_EQ(scanner.RemoveAddon(kValueAndFile, kToolbar + L"{2}|C:\\1.dll"), -1);
   EXPECT_EQ(registry.Dump(), before);
   test.files.undeletable.clear();
+  for (const auto* relative : {L"here.dll", L"C:here.dll", L"\\Current\\here.dll"}) {
+    registry.Integer(kToolbar, L"{2}", 0);
+    test.files.Add(relative);
+    EXPECT_EQ(scanner.RemoveAddon(kValueAndFile, kToolbar + L"{2}|" + relative), 0);
+    EXPECT_TRUE(test.files.FileExists(relative)) << relative;
+  }
+  registry.Integer(kToolbar, L"{2}", 0);
   EXPECT_EQ(scanner.RemoveAddon(kValueAndFile, kToolbar + L"{2}|C:\\1.dll"), 0);
   EXPECT_EQ(test.files.removed, std::vector{L"C:\\1.dll"s});
 }

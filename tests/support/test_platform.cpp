@@ -6,15 +6,24 @@
 #include <fstream>
 #include <iterator>
 
+#include "common/Corvane_Routine_New.h"
+
 namespace tarvelin::testing {
 
 void FakeFiles::Add(const std::wstring& path, std::string_view content) {
   const auto bytes = std::as_bytes(std::span(content));
-  files[path] = Bytes(bytes.begin(), bytes.end());
+  files[FullPath(path)] = Bytes(bytes.begin(), bytes.end());
+}
+
+std::wstring FakeFiles::FullPath(const std::wstring& path) {
+  const std::wstring full = ReplaceAll(path, L"/", L"\\");
+  if (full.empty() || IsAbsolutePath(full)) return full;
+  if (full.starts_with(L"\\")) return L"C:" + full;
+  return L"C:\\Current\\" + full.substr(full.starts_with(L"C:") ? 2 : 0);
 }
 
 bool FakeFiles::RemoveFile(const std::wstring& path) {
-  if (undeletable.contains(path) || files.erase(path) == 0) return false;
+  if (undeletable.contains(path) || files.erase(FullPath(path)) == 0) return false;
   removed.push_back(path);
   return true;
 }
@@ -25,7 +34,7 @@ void FakeFiles::ForEachEntry(const std::wstring& pattern,
 }
 
 std::optional<Bytes> FakeFiles::ReadWholeFile(const std::wstring& path) {
-  const auto file = files.find(path);
+  const auto file = files.find(FullPath(path));
   if (file == files.end()) return std::nullopt;
   return file->second;
 }

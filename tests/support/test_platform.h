@@ -18,7 +18,7 @@ namespace tarvelin::testing {
 
 class FakeFiles : public FileSystem {
  public:
-  std::map<std::wstring, Bytes, TextLess> files;  // by full path
+  std::map<std::wstring, Bytes, TextLess> files;  // by full path; the current folder is C:\Current
   std::set<std::wstring, TextLess> locked;        // refuse the exclusive open
   std::set<std::wstring, TextLess> undeletable;
   std::map<std::wstring, std::vector<std::wstring>, TextLess> entries;  // by pattern
@@ -28,10 +28,11 @@ class FakeFiles : public FileSystem {
 
   void Add(const std::wstring& path, std::string_view content = {});
 
-  bool FileExists(const std::wstring& path) override { return files.contains(path); }
+  bool FileExists(const std::wstring& path) override { return files.contains(FullPath(path)); }
   bool ExclusiveOpenFails(const std::wstring& path) override {
-    return !files.contains(path) || locked.contains(path);
+    return !FileExists(path) || locked.contains(FullPath(path));
   }
+  std::wstring FullPath(const std::wstring& path) override;
   bool RemoveFile(const std::wstring& path) override;
   void ForEachEntry(const std::wstring& pattern,
                     const std::function<void(const std::wstring&)>& found) override;

@@ -148,23 +148,43 @@ TEST_F(Removal, UnregistersControlsWhateverTheyAnswer) {
 }
 
 TEST_F(Removal, AModuleFindsItsOwnCompanionAndNoPlantedOne) {
-  AddHelper(L"{c1}", L"Loading", L"loading.dll");
-  AddHelper(L"{c2}", L"Importing", L"importing.dll");
+  // Paths as registrations have them: with other slashes, and from a drive's current folder on.
+  const std::pair<std::wstring, std::wstring> helpers[] = {{L"{c1}", kFolder + L"/loading.dll"},
+                                                           {L"{c2}", kFolder + L"\\importing.dll"},
+                                                           {L"{c3}", L"C:lone.dll"},
+                                                           {L"{c4}", L"C:/Lone/loading.dll"}};
+  for (const auto& [id, path] : helpers) {
+    WriteInteger(kStats + L"\\" + id + L"\\iexplore", L"Type", 3);
+    RegisterClass(id, L"Class", path);
+  }
   for (const std::wstring name : {L"loading.dll", L"importing.dll", L"companion.dll"}) {
     InstallModule(L"companion\\" + name, kFolder + L"\\" + name);
   }
   const std::wstring exe = CopyProgram(L"C:\\Copy");
   InstallModule(L"planted\\companion.dll", L"C:\\Copy\\companion.dll");
   InstallModule(L"planted\\companion.dll", L"C:\\Current\\companion.dll");
-  const std::wstring companion = kFolder + L"\\companion.dll";
+  InstallModule(L"bare.dll", L"C:\\Current\\lone.dll");
+  InstallModule(L"companion\\loading.dll", L"C:\\Lone\\loading.dll");
   Program program(exe, L"C:\\Current");
-  ASSERT_EQ(program.Open(L"IE BHOs").size(), 2U);
+  ASSERT_EQ(program.Open(L"IE BHOs").size(), std::size(helpers));
 
-  // Neither module has version information, so both rows are called "Unknown".
-  Remove(program, L"Unknown", kRemoved, {kClass + L"{c1}"},
-         {L"+ " + kTraces + L"\\Loaded|" + companion + L"=1:companion",
-          Trace(L"loading.dll", companion)});
-  Remove(program, L"Unknown", kRemoved, {kClass + L"{c2}"}, {Trace(L"importing.dll", companion)});
+  // No module has version information, so all rows are called "Unknown".
+  const auto remove = [&](const std::wstring& id, const Lines& added) {
+    Remove(program, L"Unknown", kRemoved, {kClass + id}, added);
+  };
+  const auto loaded = [](const std::wstring& path) {
+    return L"+ " + kTraces + L"\\Loaded|" + path + L"=1:companion";
+  };
+  const std::wstring own = kFolder + L"\\companion.dll";
+  remove(L"{c1}", {loaded(own), Trace(L"loading.dll", own)});
+  remove(L"{c2}", {Trace(L"importing.dll", own)});
+  remove(L"{c3}", {Trace(L"lone.dll")});
+  const std::wstring shared = L"C:\\windows\\companion.dll";
+  InstallModule(L"companion\\companion.dll", shared);
+  DeleteKey(kTraces + L"\\Unregistered");
+  MakeKey(kTraces + L"\\Unregistered");
+  remove(L"{c4}", {loaded(shared), Trace(L"loading.dll", shared)});
+  std::filesystem::remove(shared);
 
   // What a program is linked to is loaded before it can say from where. A second start ends before
   // it draws anything: for themes Wine loads msimg32 itself.

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <objbase.h>
+
 #include <algorithm>
 
 #include "app/UniqueInstance_win.h"
@@ -97,7 +99,9 @@ TEST_F(SystemTest, ReadsVersionInformationAndSurvivesBrokenOne) {
 }
 
 TEST_F(SystemTest, UnregistersByTheFullPathAndPassesByWhatIsNoLibrary) {
-  HardenDllSearch();
+  SetErrorMode(0);  // what the test framework sets
+  PrepareProcess();
+  EXPECT_EQ(GetErrorMode() & SEM_FAILCRITICALERRORS, UINT{SEM_FAILCRITICALERRORS});
   for (const auto& path : {folder, sample + L"text.dll", folder + L"\\missing.dll", std::wstring(),
                            std::wstring(L"refusing.dll"), sample + L"silent.ocx"}) {
     platform.modules.Unregister(path);
@@ -115,7 +119,11 @@ TEST_F(SystemTest, GivesIconsFoldersAndScreenFacts) {
   EXPECT_TRUE(shell.ExtractIconOf(shell32, 0));
   EXPECT_FALSE(shell.ExtractIconOf(shell32, -1) || shell.ExtractIconOf(shell32, 30000));
   EXPECT_FALSE(shell.ExtractIconOf(sample + L"text.dll", 0));
+  APTTYPE apartment{};
+  APTTYPEQUALIFIER qualifier{};
+  EXPECT_EQ(CoGetApartmentType(&apartment, &qualifier), CO_E_NOTINITIALIZED);
   EXPECT_TRUE(GetFileIcon(platform.files, shell, L"C:\\no such\\file.txt /x", true));
+  EXPECT_EQ(CoGetApartmentType(&apartment, &qualifier), S_OK) << "what makes icons may need COM";
   EXPECT_TRUE(GetSpecialFolder(shell, kAppDataFolder).ends_with(L"\\Roaming"));
   EXPECT_EQ(GetSpecialFolder(shell, 0x7F), L"");
   EXPECT_GT(platform.display.TextWidth(L"mmmm"), platform.display.TextWidth(L"ii"));

@@ -20,10 +20,6 @@ constexpr int kNavigationIcons = 35;
 constexpr std::wstring_view kPrefix = L"Tarvelin";
 constexpr std::wstring_view kMainSection = L"Tarvelin_FormMain";
 
-constexpr std::wstring_view kMenuHeaderPictures[] = {L"header-menu-0.png", L"header-menu-1.png"};
-constexpr std::wstring_view kIeHeaderPictures[] = {L"header-ie-0.png", L"header-ie-1.png",
-                                                   L"header-ie-2.png", L"header-ie-3.png"};
-
 // One icon of a strip of icons, empty when the strip is too short.
 TPicture IconOf(const TPicture& strip, std::size_t index) {
   TPicture icon{kIconSize, kIconSize, std::vector<std::uint32_t>(kIconSize * kIconSize)};
@@ -39,184 +35,22 @@ TPicture IconOf(const TPicture& strip, std::size_t index) {
 
 }  // namespace
 
-struct TFormMain::ButtonDescription {
-  std::wstring_view name;
-  std::wstring_view caption;
-  int left;
-  int width;
-  void (TFormMain::*onClick)();
-  bool followsSelection = true;
-};
-
-// What makes one page differ from the others.
-struct TFormMain::PageDescription {
-  std::wstring_view name;
-  std::wstring_view listName;
-  std::wstring_view itemCaption;
-  int itemImage;
-  bool contextMenu;  // in the upper navigation group
-  bool rowImages;
-  std::vector<TListColumn> columns;
-  std::vector<ButtonDescription> buttons;
-  void (*scan)(TFormMain& form, TListView& list);
-};
-
-std::span<const TFormMain::PageDescription> TFormMain::PageTable() {
-  const auto shellExtensions = [](TFormMain& form, TListView& list) {
-    ScanShellExtensions(form.platform_, *form.language_, list);
-  };
-  const auto newMenu = [](TFormMain& form, TListView& list) {
-    ScanNewMenu(form.platform_, list, *form.imgListPublic);
-  };
-  const auto sendTo = [](TFormMain& form, TListView& list) {
-    ScanSendTo(form.platform_, list, *form.imgListPublic, form.sendToFolder_);
-  };
-  const auto contextEntries = [](TFormMain& form, TListView& list) {
-    form.scanner_->ScanContextEntries(list);
-  };
-  const auto explorerBars = [](TFormMain& form, TListView& list) {
-    form.scanner_->ScanExplorerBars(list);
-  };
-  const auto toolbars = [](TFormMain& form, TListView& list) { form.scanner_->ScanToolbars(list); };
-  const auto extraButtons = [](TFormMain& form, TListView& list) {
-    form.scanner_->ScanExtraButtons(list);
-  };
-  const auto helperObjects = [](TFormMain& form, TListView& list) {
-    form.scanner_->ScanHelperObjects(list);
-  };
-  const auto activeX = [](TFormMain& form, TListView& list) {
-    form.scanner_->ScanDownloadedActiveX(list);
-  };
-  const auto settings = [](TFormMain& form, TListView& list) {
-    form.scanner_->ScanIeSettings(list);
-  };
-  using F = TFormMain;
-  const std::vector<TListColumn> module{{L"Name", 150}, {L"Publisher", 120}, {L"File Path", 250}};
-
-  static const std::vector<PageDescription> table{
-      // The headers of the first page stand over the other column's content; the entry's name comes
-      // first so that it is what the user selects.
-      {L"PageTab_Shell_Extention",
-       L"lvShellList",
-       L"Shell Extensions",
-       33,
-       true,
-       true,
-       {{L"Type", 250}, {L"Item Name", 270}},
-       {{L"btnSEKey", L"Open in RegEdit", 10, 90, &F::btnSEKeyClick},
-        {L"btnSERmv", L"Remove", 114, 90, &F::btnSERmvClick}},
-       shellExtensions},
-      {L"PageTab_New",
-       L"lvNewList",
-       L"New",
-       8,
-       true,
-       true,
-       {{L"Type", 300}},
-       {{L"btnNewRmv", L"Remove", 10, 90, &F::btnNewRmvClick}},
-       newMenu},
-      {L"PageTab_Sendto",
-       L"lvSendList",
-       L"Send to",
-       34,
-       true,
-       true,
-       {{L"Type", 400}},
-       {{L"btnStRmv", L"Remove", 10, 90, &F::btnStRmvClick}},
-       sendTo},
-      {L"PageTab_IE_Context_Menu",
-       L"lvMenu",
-       L"IE Context Menus",
-       20,
-       false,
-       false,
-       {{L"Name", 200}, {L"File Path", 300}},
-       {{L"btnCMRmv", L"Remove", 10, 90, &F::btnCMRmvClick}},
-       contextEntries},
-      {L"PageTab_IE_Bar",
-       L"lvBar",
-       L"IE Bars",
-       22,
-       false,
-       false,
-       module,
-       {{L"btnExpBarRmv", L"Remove", 10, 90, &F::btnExpBarRmvClick},
-        {L"btnExpBarPPT", L"Properties", 114, 90, &F::btnExpBarPPTClick}},
-       explorerBars},
-      {L"PageTab_IE_Toolbar",
-       L"lvTool",
-       L"IE Toolbars",
-       17,
-       false,
-       false,
-       module,
-       {{L"btnTlbarRmv", L"Remove", 10, 90, &F::btnTlbarRmvClick},
-        {L"btnTlbarPPT", L"Properties", 114, 90, &F::btnTlbarPPTClick}},
-       toolbars},
-      {L"PageTab_IE_Extra_Button",
-       L"lvButton",
-       L"IE Extra Button",
-       32,
-       false,
-       false,
-       {{L"Name", 200}, {L"Command", 300}},
-       {{L"btnExBtnRmv", L"Remove", 10, 90, &F::btnExBtnRmvClick}},
-       extraButtons},
-      {L"PageTab_IE_BHO",
-       L"lvBHO",
-       L"IE BHOs",
-       13,
-       false,
-       false,
-       module,
-       {{L"btnBHORmv", L"Remove", 10, 90, &F::btnBHORmvClick},
-        {L"btnBHOPPT", L"Properties", 114, 90, &F::btnBHOPPTClick}},
-       helperObjects},
-      {L"PageTab_IE_ActiveX",
-       L"lvActive",
-       L"IE Downloaded ActiveX",
-       31,
-       false,
-       false,
-       module,
-       {{L"btnDARmv", L"Remove", 10, 90, &F::btnDARmvClick},
-        {L"btnDAPPT", L"Properties", 114, 90, &F::btnDAPPTClick}},
-       activeX},
-      {L"PageTab_IE_Setting",
-       L"lvHijack",
-       L"IE Settings",
-       26,
-       false,
-       false,
-       {{L"Name", 200}, {L"Current Settings", 315}},
-       {{L"Button_Modify", L"Modify Settings", 235, 150, &F::Button_ModifyClick},
-        {L"Button_Restore", L"Use Default Settings", 399, 150, &F::Button_RestoreClick, false}},
-       settings},
-  };
-  return table;
-}
-
 // ---- Building ----
 
 TFormMain::TFormMain(TPlatform& platform, TApplication& application,
                      std::wstring_view executableFolder)
-    : TForm(L"FormMain", 743, 482, L"Tarvelin"), platform_(platform), application_(application) {
-  imgListPublic = &Create<TImageList>(L"imgListPublic");
-  ImageList1 = &Create<TImageList>(L"ImageList1");
-  const TPicture categories = LoadPicture(L"categories.png");
-  for (std::size_t icon = 0; icon < kCategoryIcons; ++icon) {
-    imgListPublic->Add(IconOf(categories, icon));
-  }
-
-  // The order of creation is the Tab order.
-  CreateTop();
-  CreateNavigation();
-  CreatePages();
-  CreateBottom();
+    : TForm(L"FormMain", 743, 482, L"Tarvelin"),
+      platform_(platform),
+      application_(application),
+      language_(platform.files, kPrefix, std::wstring(executableFolder) + L"Toolbox_Language") {
+  FillTop();
+  FillNavigation();
+  FillPages();
+  FillBottom();
 
   OnShow = [this] { FormShow(); };
   OnClose = [this] { FormClose(); };
-  FormCreate(executableFolder);
+  FormCreate();
 }
 
 TPicture TFormMain::LoadPicture(std::wstring_view fileName) {
@@ -232,47 +66,45 @@ TImage& TFormMain::AddImage(std::wstring_view name, TControl& parent, TRect boun
   return image;
 }
 
-void TFormMain::CreateTop() {
-  auto& top = Create<TPanel>(L"Panel_Top", this, TRect{0, 0, 743, 69});
-  AddImage(L"Image_Background", top, {0, 0, 743, 69}, L"background.jpg");
-  AddImage(L"Image_Logo", top, {16, 9, 48, 48}, L"logo.png");
-  Create<TLabel>(L"Label_Product_Name", &top, TRect{84, 14, 640, 20}, L"Tarvelin",
+void TFormMain::FillTop() {
+  AddImage(L"Image_Background", Panel_Top, {0, 0, 743, 69}, L"background.jpg");
+  AddImage(L"Image_Logo", Panel_Top, {16, 9, 48, 48}, L"logo.png");
+  Create<TLabel>(L"Label_Product_Name", &Panel_Top, TRect{84, 14, 640, 20}, L"Tarvelin",
                  LabelStyle::Title);
-  Create<TLabel>(L"Label_Product_Description", &top, TRect{84, 40, 650, 16},
+  Create<TLabel>(L"Label_Product_Description", &Panel_Top, TRect{84, 40, 650, 16},
                  L"Manages Internet Explorer add-ons and system context menu. Restores hijacked "
                  L"settings.",
                  LabelStyle::Plain);
   AddImage(L"imgLine", *this, {0, 69, 178, 1}, L"line.png");
 }
 
-void TFormMain::CreateNavigation() {
+void TFormMain::FillNavigation() {
+  const TPicture categories = LoadPicture(L"categories.png");
+  for (std::size_t icon = 0; icon < kCategoryIcons; ++icon) {
+    imgListPublic.Add(IconOf(categories, icon));
+  }
+  // The strip holds the icons in use, in the order of the pages.
   const TPicture icons = LoadPicture(L"navigation.png");
-  const auto table = PageTable();
   for (int image = 0; image < kNavigationIcons; ++image) {
-    std::size_t page = 0;
-    while (page < table.size() && table[page].itemImage != image) ++page;
-    ImageList1->Add(IconOf(icons, page));
+    const auto page = std::ranges::find(PageTable(), image, &PageDescription::itemImage);
+    ImageList1.Add(IconOf(icons, static_cast<std::size_t>(page - PageTable().begin())));
   }
 
-  // One pixel lower it would cover the line above the bottom panel.
-  RzGroupBar = &Create<TGroupBar>(L"RzGroupBar", this, TRect{0, 70, 178, 363});
-  RzGroupBar->anchor = Anchor::Both;
-  RzGroupBar->SetSmallImages(ImageList1);
-  RzGroupContextMenu = &AddGroup(L"RzGroupContextMenu", 90, L"Context Menu", L"ImageNote_Menu",
-                                 L"Label_Menu", kMenuHeaderPictures);
-  RzGroupTarvelin = &AddGroup(L"RzGroupTarvelin", 170, L"Tarvelin", L"ImageNote_IE", L"Label_IE",
-                              kIeHeaderPictures);
-  for (std::size_t page = 0; page < table.size(); ++page) {
-    TGroup& group = table[page].contextMenu ? *RzGroupContextMenu : *RzGroupTarvelin;
-    pages_[page].item = &group.AddItem(table[page].itemCaption, table[page].itemImage,
-                                       [this, page] { ItemClick(static_cast<Page>(page)); });
+  RzGroupBar.anchor = Anchor::Both;
+  RzGroupBar.SetSmallImages(&ImageList1);
+  for (const PageDescription& description : PageTable()) {
+    TGroup& group =
+        description.group == NavigationGroup::ContextMenu ? RzGroupContextMenu : RzGroupTarvelin;
+    const Page page = description.page;
+    Controls(page).item = &group.AddItem(description.itemCaption, description.itemImage,
+                                         [this, page] { ItemClick(page); });
   }
 }
 
 TGroup& TFormMain::AddGroup(std::wstring_view name, int height, std::wstring_view caption,
                             std::wstring_view imageName, std::wstring_view labelName,
-                            std::span<const std::wstring_view> pictureFiles) {
-  TGroup& group = RzGroupBar->AddGroup(std::wstring(name), height, caption);
+                            std::initializer_list<std::wstring_view> pictureFiles) {
+  TGroup& group = RzGroupBar.AddGroup(std::wstring(name), height, caption);
   auto& image = Create<TImageNote>(std::wstring(imageName), &group, TRect{0, 0, 162, 24});
   for (const auto& file : pictureFiles) image.Items().Add().Picture = LoadPicture(file);
   image.OnClick = [this, &group] { HeaderClick(group); };
@@ -282,22 +114,17 @@ TGroup& TFormMain::AddGroup(std::wstring_view name, int height, std::wstring_vie
   return group;
 }
 
-void TFormMain::CreatePages() {
-  Panel_Right = &Create<TPanel>(L"Panel_Right", this, TRect{178, 69, 565, 364});
-  PageNote1 = &Create<TPageNote>(L"PageNote1", Panel_Right, TRect{0, 0, 565, 364});
-  Panel_Right->anchor = PageNote1->anchor = Anchor::Both;
-  const auto table = PageTable();
-  for (std::size_t index = 0; index < table.size(); ++index) {
-    const PageDescription& description = table[index];
-    const auto page = static_cast<Page>(index);
-    PageControls& controls = pages_[index];
-
-    controls.page = &Create<TPageTab>(std::wstring(description.name), PageNote1);
-    PageNote1->InsertPage(*controls.page);
+void TFormMain::FillPages() {
+  Panel_Right.anchor = PageNote1.anchor = Anchor::Both;
+  for (const PageDescription& description : PageTable()) {
+    const Page page = description.page;
+    PageControls& controls = Controls(page);
+    controls.page = &Create<TPageTab>(std::wstring(description.name), &PageNote1);
+    PageNote1.InsertPage(*controls.page);
     controls.list = &Create<TListView>(std::wstring(description.listName), controls.page,
                                        TRect{0, 0, 566, 323}, description.columns);
     controls.list->anchor = Anchor::Both;
-    if (description.rowImages) controls.list->SetSmallImages(imgListPublic);
+    if (description.rowImages) controls.list->SetSmallImages(&imgListPublic);
     controls.list->OnSelectItem = [this, page] { SelectItem(page); };
 
     if (page == Page::Settings) {
@@ -313,32 +140,27 @@ void TFormMain::CreatePages() {
                                       TRect{button.left, 330, button.width, 25}, button.caption);
       created.anchor = Anchor::Bottom;
       created.SetEnabled(false);
-      created.OnClick = [this, onClick = button.onClick] { (this->*onClick)(); };
-      if (button.followsSelection) {
-        controls.buttons.push_back(&created);
-      } else {
-        Button_Restore = &created;
-      }
+      created.OnClick = [this, page, role = button.role] { ButtonClick(page, role); };
+      controls.buttons.push_back(&created);
     }
     // Softer than the line of the bottom panel right below it, or the two would look like a thick
     // one.
-    AddImage(L"img" + std::to_wstring(index + 2), *controls.page, {0, 363, 565, 1},
-             L"line-soft.png")
+    AddImage(L"img" + std::to_wstring(static_cast<std::size_t>(page) + 2), *controls.page,
+             {0, 363, 565, 1}, L"line-soft.png")
         .anchor = Anchor::Bottom;
   }
 }
 
-void TFormMain::CreateBottom() {
-  auto& bottom = Create<TPanel>(L"Panel_Bottom", this, TRect{0, 433, 743, 49});
-  bottom.anchor = Anchor::Bottom;
-  AddImage(L"img1", bottom, {0, 0, 743, 1}, L"line.png");
-  auto& close = Create<TButton>(L"btnClose", &bottom, TRect{638, 13, 90, 25}, L"Close");
+void TFormMain::FillBottom() {
+  Panel_Bottom.anchor = Anchor::Bottom;
+  AddImage(L"img1", Panel_Bottom, {0, 0, 743, 1}, L"line.png");
+  auto& close = Create<TButton>(L"btnClose", &Panel_Bottom, TRect{638, 13, 90, 25}, L"Close");
   close.OnClick = [this] { Close(); };
 }
 
 // ---- The window's own events ----
 
-void TFormMain::FormCreate(std::wstring_view executableFolder) {
+void TFormMain::FormCreate() {
   if (platform_.display.WindowsMajorVersion() < 6) {
     // Check boxes of the older theme stand two pixels further left.
     TRect bounds = chkBoxAll->Bounds();
@@ -346,17 +168,14 @@ void TFormMain::FormCreate(std::wstring_view executableFolder) {
     chkBoxAll->SetBounds(bounds);
   }
 
-  language_ = std::make_unique<TLanguage>(platform_.files, kPrefix,
-                                          std::wstring(executableFolder) + L"Toolbox_Language");
-  application_.SetMessages(language_.get());
+  application_.SetMessages(&language_);
   const std::wstring settingsFile =
       GetSpecialFolder(platform_.shell, kAppDataFolder) + L"\\Corvane\\Halvicore V4\\Main.ini";
-  language_->Load(language_->ReadLanguageName(settingsFile, L"Main", L"Language"));
+  language_.Load(language_.ReadLanguageName(settingsFile, L"Main", L"Language"));
 
   for (const PageControls& page : pages_) page.page->SetColor(kWhite);
 
-  const std::vector<std::wstring> texts{Message(messages::kNonexistPath)};
-  scanner_ = std::make_unique<TScanIeBrowser>(platform_, *language_, texts);
+  scanner_.emplace(platform_, language_, std::vector{Message(messages::kNonexistPath)});
 
   application_.Report([this] { ReadSendToFolder(); });
   ChooseHeaderPictures();
@@ -372,25 +191,25 @@ void TFormMain::ReadSendToFolder() {
 
 void TFormMain::FormShow() {
   TranslateWindows();
-  if (formChange_) language_->Translate(*formChange_);
-  for (TGroup* group : RzGroupBar->Groups()) {
+  if (formChange_) language_.Translate(*formChange_);
+  for (TGroup* group : RzGroupBar.Groups()) {
     for (std::size_t index = 0; index < group->Items().size(); ++index) {
       TGroupItem& item = *group->Items()[index];
       const std::wstring key = group->Name() + L".Items[" + std::to_wstring(index) + L"].Caption";
-      item.SetCaption(language_->ReadText(kMainSection, key, item.Caption()));
+      item.SetCaption(language_.ReadText(kMainSection, key, item.Caption()));
     }
     group->SetCaption(group->HeaderLabel()->Caption());
   }
   // Screen readers read the captions of groups and lists, which are not shown, as their names.
   for (const PageControls& page : pages_) page.list->SetCaption(page.item->Caption());
 
-  PageNote1->SetBounds({0, 0, Panel_Right->Bounds().width, Panel_Right->Bounds().height});
+  PageNote1.SetBounds({0, 0, Panel_Right.Bounds().width, Panel_Right.Bounds().height});
 
   TRect bounds = chkBoxAll->Bounds();
   const int wanted =
       static_cast<int>(std::lrint(platform_.display.PixelsPerInch() / 96.0 *
                                   platform_.display.TextWidth(chkBoxAll->Caption())));
-  const int room = Controls(Page::Settings).buttons.front()->Bounds().left - bounds.left;
+  const int room = Button(Page::Settings, ButtonRole::Modify).Bounds().left - bounds.left;
   bounds.width = std::min(wanted + 25, room);
   chkBoxAll->SetBounds(bounds);
 
@@ -404,24 +223,49 @@ void TFormMain::FormClose() {
 }
 
 void TFormMain::TranslateWindows() {
-  for (TForm* form : application_.Forms()) language_->Translate(*form);
+  for (TForm* form : application_.Forms()) language_.Translate(*form);
 }
 
 // ---- Navigation ----
 
 void TFormMain::ItemClick(Page page) {
   PageControls& controls = Controls(page);
-  RzGroupBar->SelectItem(*controls.item);
+  RzGroupBar.SelectItem(*controls.item);
   // A listing that lets messages through must not be begun a second time by a click on its item.
   if (!controls.scanning) {
     const FlagGuard scanning(controls.scanning, true);
     const ListUpdate update(*controls.list);
-    PageTable()[static_cast<std::size_t>(page)].scan(*this, *controls.list);
+    Scan(page, *controls.list);
   }
   // Another item may have been chosen while a listing let messages through.
   if (!controls.item->Selected()) return;
-  PageNote1->SetActivePage(controls.page);
+  PageNote1.SetActivePage(controls.page);
   FitLastColumn(*controls.list, platform_.display);
+}
+
+void TFormMain::Scan(Page page, TListView& list) {
+  switch (page) {
+    case Page::ShellExtensions:
+      return ScanShellExtensions(platform_, language_, list);
+    case Page::New:
+      return ScanNewMenu(platform_, list, imgListPublic);
+    case Page::SendTo:
+      return ScanSendTo(platform_, list, imgListPublic, sendToFolder_);
+    case Page::ContextMenus:
+      return scanner_->ScanContextEntries(list);
+    case Page::Bars:
+      return scanner_->ScanExplorerBars(list);
+    case Page::Toolbars:
+      return scanner_->ScanToolbars(list);
+    case Page::ExtraButtons:
+      return scanner_->ScanExtraButtons(list);
+    case Page::HelperObjects:
+      return scanner_->ScanHelperObjects(list);
+    case Page::ActiveX:
+      return scanner_->ScanDownloadedActiveX(list);
+    case Page::Settings:
+      return scanner_->ScanIeSettings(list);
+  }
 }
 
 void TFormMain::HeaderClick(TGroup& group) {
@@ -430,10 +274,10 @@ void TFormMain::HeaderClick(TGroup& group) {
 }
 
 void TFormMain::ChooseHeaderPictures() {
-  const bool menuOpen = RzGroupContextMenu->Opened();
-  const bool productOpen = RzGroupTarvelin->Opened();
-  RzGroupContextMenu->HeaderImage()->SetImageIndex(menuOpen ? 0 : 1);
-  RzGroupTarvelin->HeaderImage()->SetImageIndex((menuOpen ? 2 : 0) + (productOpen ? 0 : 1));
+  const bool menuOpen = RzGroupContextMenu.Opened();
+  const bool productOpen = RzGroupTarvelin.Opened();
+  RzGroupContextMenu.HeaderImage()->SetImageIndex(menuOpen ? 0 : 1);
+  RzGroupTarvelin.HeaderImage()->SetImageIndex((menuOpen ? 2 : 0) + (productOpen ? 0 : 1));
 }
 
 // ---- Selection ----
@@ -441,12 +285,16 @@ void TFormMain::ChooseHeaderPictures() {
 void TFormMain::SelectItem(Page page) {
   if (page == Page::Toolbars) return lvToolSelectItem();
   const bool selected = List(page).SelectedIndex() >= 0;
-  for (TButton* button : Controls(page).buttons) button->SetEnabled(selected);
+  for (const ButtonDescription& button : Description(page).buttons) {
+    if (button.enabledWhile == EnabledWhile::RowSelected) {
+      Button(page, button.role).SetEnabled(selected);
+    }
+  }
 }
 
 void TFormMain::lvToolSelectItem() {
-  TButton& remove = *Controls(Page::Toolbars).buttons[0];
-  TButton& properties = *Controls(Page::Toolbars).buttons[1];
+  TButton& remove = Button(Page::Toolbars, ButtonRole::Remove);
+  TButton& properties = Button(Page::Toolbars, ButtonRole::Properties);
   if (List(Page::Toolbars).SelectedIndex() < 0) {
     remove.SetEnabled(false);
     properties.SetEnabled(false);
@@ -461,7 +309,7 @@ void TFormMain::lvHijackItemChecked() {
   const TListView& list = lvHijack();
   int index = 0;
   while (index < list.Count() && !list.Item(index).checked) ++index;
-  Button_Restore->SetEnabled(index < list.Count());
+  Button(Page::Settings, ButtonRole::Restore).SetEnabled(index < list.Count());
 }
 
 template <typename Record>
@@ -470,7 +318,59 @@ std::shared_ptr<Record> TFormMain::SelectedRecord(Page page) {
   return list.SelectedIndex() < 0 ? nullptr : list.Data<Record>(list.SelectedIndex());
 }
 
+// ---- Buttons ----
+
+const PageDescription& TFormMain::Description(Page page) {
+  return PageTable()[static_cast<std::size_t>(page)];
+}
+
+TButton& TFormMain::Button(Page page, ButtonRole role) {
+  const auto& buttons = Description(page).buttons;
+  const auto found = std::ranges::find(buttons, role, &ButtonDescription::role);
+  return *Controls(page).buttons.at(static_cast<std::size_t>(found - buttons.begin()));
+}
+
+void TFormMain::ButtonClick(Page page, ButtonRole role) {
+  switch (role) {
+    case ButtonRole::OpenInRegEdit:
+      return btnSEKeyClick();
+    case ButtonRole::Remove:
+      return RemoveClick(page);
+    case ButtonRole::Properties:
+      return ShowRowProperties(page);
+    case ButtonRole::Modify:
+      return Button_ModifyClick();
+    case ButtonRole::Restore:
+      return Button_RestoreClick();
+  }
+}
+
 // ---- Removal ----
+
+void TFormMain::RemoveClick(Page page) {
+  switch (page) {
+    case Page::ShellExtensions:
+      return btnSERmvClick();
+    case Page::New:
+      return btnNewRmvClick();
+    case Page::SendTo:
+      return btnStRmvClick();
+    case Page::ContextMenus:
+      return btnCMRmvClick();
+    case Page::Bars:
+      return btnExpBarRmvClick();
+    case Page::Toolbars:
+      return btnTlbarRmvClick();
+    case Page::ExtraButtons:
+      return btnExBtnRmvClick();
+    case Page::HelperObjects:
+      return btnBHORmvClick();
+    case Page::ActiveX:
+      return btnDARmvClick();
+    case Page::Settings:
+      return;
+  }
+}
 
 template <typename Record>
 void TFormMain::RemoveSelected(Page page, const std::function<Removal(const Record&)>& remove,
@@ -587,11 +487,6 @@ void TFormMain::ShowRowProperties(Page page) {
     ShowFileProperties(platform_.shell, record->FilePath);
   }
 }
-
-void TFormMain::btnExpBarPPTClick() { ShowRowProperties(Page::Bars); }
-void TFormMain::btnTlbarPPTClick() { ShowRowProperties(Page::Toolbars); }
-void TFormMain::btnBHOPPTClick() { ShowRowProperties(Page::HelperObjects); }
-void TFormMain::btnDAPPTClick() { ShowRowProperties(Page::ActiveX); }
 
 void TFormMain::btnSEKeyClick() {
   if (const auto record = SelectedRecord<TShellExtension>(Page::ShellExtensions)) {

@@ -3,8 +3,9 @@
 
 #include <array>
 #include <functional>
+#include <initializer_list>
 #include <memory>
-#include <span>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "addons/UnitIEBrowserHelp.h"
 #include "app/PLanguage.h"
 #include "app/application.h"
+#include "app/pages.h"
 #include "common/platform.h"
 #include "widgets/PImageNote.h"
 #include "widgets/PPageNote.h"
@@ -19,21 +21,6 @@
 #include "widgets/navigation.h"
 
 namespace tarvelin {
-
-// The pages in the order of the page control and of the navigation bar.
-enum class Page : std::size_t {
-  ShellExtensions,
-  New,
-  SendTo,
-  ContextMenus,
-  Bars,
-  Toolbars,
-  ExtraButtons,
-  HelperObjects,
-  ActiveX,
-  Settings,
-};
-inline constexpr std::size_t kPageCount = 10;
 
 class TFormMain : public TForm {
  public:
@@ -50,10 +37,6 @@ class TFormMain : public TForm {
   void TranslateWindows();
 
  private:
-  struct ButtonDescription;
-  struct PageDescription;
-  static std::span<const PageDescription> PageTable();
-
   struct PageControls {
     TGroupItem* item = nullptr;
     TPageTab* page = nullptr;
@@ -63,25 +46,26 @@ class TFormMain : public TForm {
   };
 
   // Building
-  void CreateTop();
-  void CreateNavigation();
-  void CreatePages();
-  void CreateBottom();
+  void FillTop();
+  void FillNavigation();
+  void FillPages();
+  void FillBottom();
   TImage& AddImage(std::wstring_view name, TControl& parent, TRect bounds,
                    std::wstring_view pictureFile);
   TGroup& AddGroup(std::wstring_view name, int height, std::wstring_view caption,
                    std::wstring_view imageName, std::wstring_view labelName,
-                   std::span<const std::wstring_view> pictureFiles);
+                   std::initializer_list<std::wstring_view> pictureFiles);
   [[nodiscard]] TPicture LoadPicture(std::wstring_view fileName);
 
   // The window's own events
-  void FormCreate(std::wstring_view executableFolder);
+  void FormCreate();
   void FormShow();
   void FormClose();
   void ReadSendToFolder();
 
   // Navigation
   void ItemClick(Page page);
+  void Scan(Page page, TListView& list);
   void HeaderClick(TGroup& group);
   void ChooseHeaderPictures();
 
@@ -91,20 +75,18 @@ class TFormMain : public TForm {
   void lvHijackItemChecked();
 
   // Commands
+  void ButtonClick(Page page, ButtonRole role);
+  void RemoveClick(Page page);
   void btnSERmvClick();
   void btnSEKeyClick();
   void btnNewRmvClick();
   void btnStRmvClick();
   void btnCMRmvClick();
   void btnExpBarRmvClick();
-  void btnExpBarPPTClick();
   void btnTlbarRmvClick();
-  void btnTlbarPPTClick();
   void btnExBtnRmvClick();
   void btnBHORmvClick();
-  void btnBHOPPTClick();
   void btnDARmvClick();
-  void btnDAPPTClick();
   void chkBoxAllClick();
   void Button_ModifyClick();
   void Button_RestoreClick();
@@ -122,28 +104,38 @@ class TFormMain : public TForm {
   template <typename Record>
   [[nodiscard]] std::shared_ptr<Record> SelectedRecord(Page page);
 
+  [[nodiscard]] static const PageDescription& Description(Page page);
+  [[nodiscard]] TButton& Button(Page page, ButtonRole role);
   [[nodiscard]] PageControls& Controls(Page page) { return pages_[static_cast<std::size_t>(page)]; }
   [[nodiscard]] TListView& List(Page page) { return *Controls(page).list; }
-  [[nodiscard]] std::wstring Message(const Text& text) const { return language_->Message(text); }
+  [[nodiscard]] std::wstring Message(const Text& text) const { return language_.Message(text); }
 
   TPlatform& platform_;
   TApplication& application_;
   TForm* formChange_ = nullptr;
 
-  TGroupBar* RzGroupBar = nullptr;
-  TGroup* RzGroupContextMenu = nullptr;
-  TGroup* RzGroupTarvelin = nullptr;
-  TPanel* Panel_Right = nullptr;
-  TPageNote* PageNote1 = nullptr;
-  TCheckBox* chkBoxAll = nullptr;
-  TButton* Button_Restore = nullptr;
-  TImageList* imgListPublic = nullptr;
-  TImageList* ImageList1 = nullptr;
-  std::array<PageControls, kPageCount> pages_;
-
+  TLanguage language_;
+  std::optional<TScanIeBrowser> scanner_;  // until the window is closed
   std::wstring sendToFolder_;
-  std::unique_ptr<TLanguage> language_;
-  std::unique_ptr<TScanIeBrowser> scanner_;
+
+  TImageList& imgListPublic = Create<TImageList>(L"imgListPublic");
+  TImageList& ImageList1 = Create<TImageList>(L"ImageList1");
+
+  // In the order in which Tab reaches what they hold. The bar ends where it does because one pixel
+  // lower it would cover the line above the bottom panel.
+  TPanel& Panel_Top = Create<TPanel>(L"Panel_Top", this, TRect{0, 0, 743, 69});
+  TGroupBar& RzGroupBar = Create<TGroupBar>(L"RzGroupBar", this, TRect{0, 70, 178, 363});
+  TGroup& RzGroupContextMenu =
+      AddGroup(L"RzGroupContextMenu", 90, L"Context Menu", L"ImageNote_Menu", L"Label_Menu",
+               {L"header-menu-0.png", L"header-menu-1.png"});
+  TGroup& RzGroupTarvelin =
+      AddGroup(L"RzGroupTarvelin", 170, L"Tarvelin", L"ImageNote_IE", L"Label_IE",
+               {L"header-ie-0.png", L"header-ie-1.png", L"header-ie-2.png", L"header-ie-3.png"});
+  TPanel& Panel_Right = Create<TPanel>(L"Panel_Right", this, TRect{178, 69, 565, 364});
+  TPageNote& PageNote1 = Create<TPageNote>(L"PageNote1", &Panel_Right, TRect{0, 0, 565, 364});
+  TPanel& Panel_Bottom = Create<TPanel>(L"Panel_Bottom", this, TRect{0, 433, 743, 49});
+  TCheckBox* chkBoxAll = nullptr;  // on the settings page, between its list and its buttons
+  std::array<PageControls, kPageCount> pages_;
 };
 
 }  // namespace tarvelin

@@ -1,5 +1,5 @@
-// The inventory of Internet Explorer's add-ons and settings: the record of a row, one scan per kind
-// and the removals.
+// The inventory of Internet Explorer's add-ons and settings: one scan for each kind, and the
+// removals.
 #pragma once
 
 #include <string>
@@ -8,16 +8,10 @@
 
 #include "common/messages.h"
 #include "common/platform.h"
+#include "common/records.h"
 #include "widgets/components.h"
 
 namespace tarvelin {
-
-// Where an add-on or setting lives.
-struct TIESec : TRecord {
-  std::wstring FilePath;      // the module as registered, unexpanded; empty without one
-  std::wstring RegLocation;   // key-form location, value-form on the settings page
-  std::wstring DefaultValue;  // what restoring a setting writes; empty on add-on rows
-};
 
 // Which of its removals RemoveAddon carries out; the numbers are those that the pages pass.
 enum class RemovalMode : int {
@@ -28,6 +22,10 @@ enum class RemovalMode : int {
   DeleteExtraButton = 4,
   UnregisterControl = 5,
 };
+
+// What RemoveAddon takes for a row: the file and the location, the location and the file, or the
+// location alone, with one "|" between them.
+[[nodiscard]] std::wstring RemovalString(RemovalMode mode, const TIESec& record);
 
 // Fills the browser pages and removes what they list. A scan fills an empty list and leaves any
 // other alone; rows stand in the registry's order, one for each entry that passes the page's
@@ -45,16 +43,12 @@ class TScanIeBrowser {
   void ScanContextEntries(TListView& list);
   void ScanToolbars(TListView& list);
 
-  // Carries out a removal. The removal string names what goes: file and location, location and
-  // file, or the location alone, separated by one "|". Returns -1 when DeleteValueAndFile found a
-  // file that it could not delete, else 0; nothing else is reported.
+  // Carries out the removal that a text of RemovalString names. Returns -1 when DeleteValueAndFile
+  // found a file that it could not delete, else 0; nothing else is reported.
   int RemoveAddon(RemovalMode mode, std::wstring_view removal);
 
-  // Fills the settings page from the table of watched settings.
+  // The settings page: see ScanSettings and RestoreCheckedSettings.
   void ScanIeSettings(TListView& list);
-
-  // Writes the default of every checked row and unchecks it; a row that cannot be written stays as
-  // it is. Returns how many were written.
   int RestoreSettings(TListView& list);
 
  private:

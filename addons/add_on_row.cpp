@@ -3,13 +3,12 @@
 #include <memory>
 #include <utility>
 
-#include "addons/UnitIEBrowserHelp.h"
 #include "common/Corvane_Routine_New.h"
 
 namespace tarvelin {
 
 std::wstring ModuleKey(const std::wstring& classId) {
-  return kClasses + classId + L"\\InprocServer32";
+  return kClassIds + classId + L"\\InprocServer32";
 }
 
 std::wstring ModuleName(Shell& shell, const std::wstring& module, const std::wstring& className) {
@@ -22,10 +21,10 @@ std::wstring ModulePublisher(Shell& shell, const std::wstring& module) {
 }
 
 void AddRow(TListView& list, std::wstring caption, std::vector<std::wstring> subItems,
-            std::wstring filePath, std::wstring location) {
+            std::wstring filePath, const RegistryLocation& location) {
   auto record = std::make_unique<TIESec>();
   record->FilePath = std::move(filePath);
-  record->RegLocation = std::move(location);
+  record->RegLocation = location.Text();
   TListItem row;
   row.caption = std::move(caption);
   row.subItems = std::move(subItems);

@@ -9,12 +9,10 @@
 
 namespace tarvelin {
 
-// The classes of the machine, below HKEY_LOCAL_MACHINE and as a location; and the classes as
-// programs see them, below HKEY_CLASSES_ROOT. A class identifier follows.
-inline constexpr wchar_t kMachineClasses[] = L"\\SOFTWARE\\Classes\\CLSID\\";
-inline constexpr wchar_t kMachineClassLocation[] =
-    L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\";
-inline constexpr wchar_t kClasses[] = L"\\CLSID\\";
+// The classes of the machine, below HKEY_LOCAL_MACHINE, and the classes as programs see them, below
+// HKEY_CLASSES_ROOT. A class identifier follows.
+inline constexpr wchar_t kMachineClassIds[] = L"\\SOFTWARE\\Classes\\CLSID\\";
+inline constexpr wchar_t kClassIds[] = L"\\CLSID\\";
 
 // What the browser downloaded and installed, below HKEY_LOCAL_MACHINE.
 inline constexpr wchar_t kDistributionUnits[] =
@@ -33,6 +31,6 @@ inline constexpr wchar_t kDistributionUnits[] =
 
 // Adds a row with its record at the end of a list.
 void AddRow(TListView& list, std::wstring caption, std::vector<std::wstring> subItems,
-            std::wstring filePath, std::wstring location);
+            std::wstring filePath, const RegistryLocation& location);
 
 }  // namespace tarvelin

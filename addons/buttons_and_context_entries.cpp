@@ -9,26 +9,21 @@
 namespace tarvelin {
 namespace {
 
-constexpr wchar_t kExtensions[] = L"\\SOFTWARE\\Microsoft\\Internet Explorer\\Extensions";
-constexpr wchar_t kExtensionLocation[] =
-    L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Internet Explorer\\Extensions\\";
-constexpr wchar_t kMenuEntries[] = L"\\SOFTWARE\\Microsoft\\Internet Explorer\\MenuExt";
-constexpr wchar_t kMenuEntryLocation[] =
-    L"HKEY_CURRENT_USER\\SOFTWARE\\Microsoft\\Internet Explorer\\MenuExt\\";
+constexpr wchar_t kExtensions[] = L"\\SOFTWARE\\Microsoft\\Internet Explorer\\Extensions\\";
+constexpr wchar_t kMenuEntries[] = L"\\SOFTWARE\\Microsoft\\Internet Explorer\\MenuExt\\";
 
 }  // namespace
 
 void TScanIeBrowser::ScanExtraButtons(TListView& list) {
   if (list.Count() > 0) return;
-  TRegistry registry(platform_.registry);
-  registry.SetRootKey(RootKey::LocalMachine);
+  TRegistry registry(platform_.registry, RootKey::LocalMachine);
   if (!registry.OpenKey(kExtensions, false)) return;
 
   for (const std::wstring& entry : registry.GetKeyNames()) {
     // An entry that has vanished shows the texts of the one before. A name with NUL can never be
     // opened; it must not borrow texts, or it would pass for the other add-on.
     if (entry.find(L'\0') != std::wstring::npos) registry.CloseKey();
-    registry.OpenKey(std::wstring(kExtensions) + L"\\" + entry, false);
+    registry.OpenKey(kExtensions + entry, false);
     std::wstring name;
     if (registry.ValueExists(L"MenuText")) {
       name = registry.ReadString(L"MenuText");
@@ -36,14 +31,14 @@ void TScanIeBrowser::ScanExtraButtons(TListView& list) {
       name = registry.ReadString(L"ButtonText");
     }
     std::wstring command = registry.ValueExists(L"Exec") ? registry.ReadString(L"Exec") : name;
-    AddRow(list, std::move(name), {std::move(command)}, L"", kExtensionLocation + entry);
+    AddRow(list, std::move(name), {std::move(command)}, L"",
+           {RootKey::LocalMachine, kExtensions + entry, {}});
   }
 }
 
 void TScanIeBrowser::ScanContextEntries(TListView& list) {
   if (list.Count() > 0) return;
-  TRegistry registry(platform_.registry);
-  registry.SetRootKey(RootKey::CurrentUser);
+  TRegistry registry(platform_.registry, RootKey::CurrentUser);
   if (!registry.OpenKey(kMenuEntries, false)) return;
 
   for (const std::wstring& entry : registry.GetKeyNames()) {
@@ -51,7 +46,7 @@ void TScanIeBrowser::ScanContextEntries(TListView& list) {
     std::wstring page;
     if (registry.OpenKey(entry, false)) page = registry.ReadString(L"");
     registry.CloseKey();
-    AddRow(list, entry, {std::move(page)}, L"", kMenuEntryLocation + entry);
+    AddRow(list, entry, {std::move(page)}, L"", {RootKey::CurrentUser, kMenuEntries + entry, {}});
   }
 }
 

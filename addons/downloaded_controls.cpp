@@ -7,8 +7,7 @@ namespace tarvelin {
 
 void TScanIeBrowser::ScanDownloadedActiveX(TListView& list) {
   if (list.Count() > 0) return;
-  TRegistry registry(platform_.registry);
-  registry.SetRootKey(RootKey::LocalMachine);
+  TRegistry registry(platform_.registry, RootKey::LocalMachine);
   registry.OpenKey(kDistributionUnits, true);
   const std::vector<std::wstring> units = registry.GetKeyNames();
   registry.CloseKey();
@@ -18,7 +17,7 @@ void TScanIeBrowser::ScanDownloadedActiveX(TListView& list) {
 
     // A unit whose class is not registered gets an empty class key here, and no row.
     registry.SetRootKey(RootKey::LocalMachine);
-    registry.OpenKey(kMachineClasses + unit, true);
+    registry.OpenKey(kMachineClassIds + unit, true);
     const std::wstring className = registry.ReadString(L"");
     if (className.empty()) continue;
 
@@ -29,7 +28,7 @@ void TScanIeBrowser::ScanDownloadedActiveX(TListView& list) {
 
     AddRow(list, ModuleName(platform_.shell, module, className),
            {ModulePublisher(platform_.shell, module), module}, module,
-           kMachineClassLocation + unit);
+           {RootKey::LocalMachine, kMachineClassIds + unit, {}});
   }
 }
 

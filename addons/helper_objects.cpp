@@ -15,8 +15,7 @@ constexpr std::int32_t kHelperObject = 3;  // in the value "Type"
 
 void TScanIeBrowser::ScanHelperObjects(TListView& list) {
   if (list.Count() > 0) return;
-  TRegistry registry(platform_.registry);
-  registry.SetRootKey(RootKey::CurrentUser);
+  TRegistry registry(platform_.registry, RootKey::CurrentUser);
   if (!registry.OpenKey(kStatistics, false)) return;
   const std::vector<std::wstring> classIds = registry.GetKeyNames();
   registry.CloseKey();
@@ -28,11 +27,11 @@ void TScanIeBrowser::ScanHelperObjects(TListView& list) {
     if (registry.ReadInteger(L"Type") != kHelperObject) continue;
 
     registry.SetRootKey(RootKey::LocalMachine);
-    if (!registry.OpenKey(kMachineClasses + classId, false)) continue;
+    if (!registry.OpenKey(kMachineClassIds + classId, false)) continue;
     if (registry.ReadString(L"").empty()) continue;
 
     registry.SetRootKey(RootKey::ClassesRoot);
-    registry.OpenKey(kClasses + classId, false);
+    registry.OpenKey(kClassIds + classId, false);
     const std::wstring className = registry.ReadString(L"");
     registry.OpenKey(ModuleKey(classId), false);
     const std::wstring module = registry.ReadString(L"");
@@ -41,7 +40,7 @@ void TScanIeBrowser::ScanHelperObjects(TListView& list) {
     // The path stands twice; the second one has no column and is not shown.
     AddRow(list, ModuleName(platform_.shell, module, className),
            {ModulePublisher(platform_.shell, module), module, module}, module,
-           kMachineClassLocation + classId);
+           {RootKey::LocalMachine, kMachineClassIds + classId, {}});
   }
 }
 

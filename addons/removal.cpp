@@ -1,4 +1,4 @@
-// The scanner's making, and the removal of what it lists.
+// The removal of what the scanner lists.
 #include "addons/UnitIEBrowserHelp.h"
 #include "addons/add_on_row.h"
 #include "common/Corvane_Routine_New.h"
@@ -7,9 +7,20 @@
 
 namespace tarvelin {
 
-TScanIeBrowser::TScanIeBrowser(TPlatform& platform, const MessageLookup& messages,
-                               const std::vector<std::wstring>& /*texts*/)
-    : platform_(platform), messages_(messages) {}
+std::wstring RemovalString(RemovalMode mode, const TIESec& record) {
+  switch (mode) {
+    case RemovalMode::UnregisterHelperObject:
+    case RemovalMode::UnregisterControl:
+      return record.FilePath + L"|" + record.RegLocation;
+    case RemovalMode::DeleteValueAndFile:
+      return record.RegLocation + L"|" + record.FilePath;
+    case RemovalMode::DeleteKey:
+    case RemovalMode::DeleteContextEntry:
+    case RemovalMode::DeleteExtraButton:
+      break;
+  }
+  return record.RegLocation;
+}
 
 int TScanIeBrowser::RemoveAddon(RemovalMode mode, std::wstring_view removal) {
   switch (mode) {
@@ -50,10 +61,9 @@ void TScanIeBrowser::UnregisterActiveX(std::wstring_view removal) {
   if (brace == std::wstring_view::npos) return;
   if (removal.find(L'\0', brace) != std::wstring_view::npos) return;
   const std::wstring classId(Trim(removal.substr(brace)));
-  TRegistry registry(platform_.registry);
-  registry.SetRootKey(RootKey::LocalMachine);
-  if (registry.OpenKey(kMachineClasses + classId, false)) {
-    registry.DeleteKey(kMachineClasses + classId);
+  TRegistry registry(platform_.registry, RootKey::LocalMachine);
+  if (registry.OpenKey(kMachineClassIds + classId, false)) {
+    registry.DeleteKey(kMachineClassIds + classId);
   }
   registry.CloseKey();
   registry.DeleteKey(kDistributionUnits + classId);

@@ -12,12 +12,8 @@
 namespace tarvelin {
 namespace {
 
-constexpr wchar_t kToolbars[] = L"\\SOFTWARE\\Microsoft\\Internet Explorer\\Toolbar";
-constexpr wchar_t kToolbarLocation[] =
-    L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Internet Explorer\\Toolbar\\";
-constexpr wchar_t kBars[] = L"\\Software\\Microsoft\\Internet Explorer\\Explorer Bars";
-constexpr wchar_t kBarLocation[] =
-    L"HKEY_CURRENT_USER\\SOFTWARE\\Microsoft\\Internet Explorer\\Explorer Bars\\";
+constexpr wchar_t kToolbars[] = L"\\SOFTWARE\\Microsoft\\Internet Explorer\\Toolbar\\";
+constexpr wchar_t kBars[] = L"\\SOFTWARE\\Microsoft\\Internet Explorer\\Explorer Bars\\";
 constexpr wchar_t kApproved[] =
     L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Shell Extensions\\Approved";
 
@@ -34,8 +30,7 @@ class ApprovedNames {
 
  private:
   void Read() {
-    TRegistry registry(backend_);
-    registry.SetRootKey(RootKey::LocalMachine);
+    TRegistry registry(backend_, RootKey::LocalMachine);
     registry.OpenKey(kApproved, false);
     names_.emplace();
     for (const std::wstring& name : registry.GetValueNames()) {
@@ -59,49 +54,47 @@ std::wstring DefaultText(TRegistry& registry, std::wstring_view path) {
 
 void TScanIeBrowser::ScanToolbars(TListView& list) {
   if (list.Count() > 0) return;
-  TRegistry toolbars(platform_.registry);
-  toolbars.SetRootKey(RootKey::LocalMachine);
+  TRegistry toolbars(platform_.registry, RootKey::LocalMachine);
   if (!toolbars.OpenKey(kToolbars, false)) return;
-  TRegistry classes(platform_.registry);
-  classes.SetRootKey(RootKey::ClassesRoot);
+  TRegistry classes(platform_.registry, RootKey::ClassesRoot);
 
   for (const std::wstring& name : toolbars.GetValueNames()) {
-    if (!classes.KeyExists(kClasses + name)) {
+    // A toolbar goes by the path of a key that would have its name.
+    const RegistryLocation toolbar{RootKey::LocalMachine, kToolbars + name, {}};
+    if (!classes.KeyExists(kClassIds + name)) {
       const DataType type = toolbars.GetDataType(name);
       if (type != DataType::rdString && type != DataType::rdExpandString) continue;
       std::wstring text = toolbars.ReadString(name);
-      if (!text.empty()) AddRow(list, std::move(text), {L""}, L"", kToolbarLocation + name);
+      if (!text.empty()) AddRow(list, std::move(text), {L""}, L"", toolbar);
       continue;
     }
-    std::wstring className = DefaultText(classes, kClasses + name);
+    std::wstring className = DefaultText(classes, kClassIds + name);
     if (className.empty()) continue;
     const std::wstring module = DefaultText(classes, ModuleKey(name));
     if (module.empty()) continue;
     AddRow(list, std::move(className), {ModulePublisher(platform_.shell, module), module}, module,
-           kToolbarLocation + name);
+           toolbar);
   }
 }
 
 void TScanIeBrowser::ScanExplorerBars(TListView& list) {
   if (list.Count() > 0) return;
-  TRegistry bars(platform_.registry);
-  bars.SetRootKey(RootKey::CurrentUser);
+  TRegistry bars(platform_.registry, RootKey::CurrentUser);
   if (!bars.OpenKey(kBars, false)) return;
   ApprovedNames approved(platform_.registry);
-  TRegistry classes(platform_.registry);
-  classes.SetRootKey(RootKey::ClassesRoot);
+  TRegistry classes(platform_.registry, RootKey::ClassesRoot);
 
   for (const std::wstring& bar : bars.GetKeyNames()) {
     // A key with subkeys only groups others. One that has vanished is judged by the key before.
-    bars.OpenKey(std::wstring(kBars) + L"\\" + bar, false);
+    bars.OpenKey(kBars + bar, false);
     if (!bars.GetKeyNames().empty() || approved.Contains(bar)) continue;
 
-    if (!classes.KeyExists(kClasses + bar)) {
-      if (!bar.empty()) AddRow(list, bar, {L""}, L"", kBarLocation + bar);
+    if (!classes.KeyExists(kClassIds + bar)) {
+      if (!bar.empty()) AddRow(list, bar, {L""}, L"", {RootKey::CurrentUser, kBars + bar, {}});
       continue;
     }
     // A class that registers no module leaves its own key open, so its name is read once more.
-    classes.OpenKey(kClasses + bar, false);
+    classes.OpenKey(kClassIds + bar, false);
     std::wstring className = classes.ReadString(L"");
     classes.OpenKey(ModuleKey(bar), false);
     std::wstring module = classes.ReadString(L"");
@@ -109,7 +102,7 @@ void TScanIeBrowser::ScanExplorerBars(TListView& list) {
     // The path has no column here; it stands in the record alone.
     if (!className.empty()) {
       AddRow(list, std::move(className), {ModulePublisher(platform_.shell, module)}, module,
-             kBarLocation + bar);
+             {RootKey::CurrentUser, kBars + bar, {}});
     }
   }
 }

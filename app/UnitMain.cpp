@@ -434,7 +434,8 @@ void TFormMain::btnCMRmvClick() {
   RemoveSelected<TIESec>(
       Page::ContextMenus,
       [this](const TIESec& record) {
-        scanner_->RemoveAddon(RemovalMode::DeleteContextEntry, record.RegLocation);
+        scanner_->RemoveAddon(RemovalMode::DeleteContextEntry,
+                              RemovalString(RemovalMode::DeleteContextEntry, record));
         return Removal::Done;
       },
       messages::kEntryRemoved);
@@ -442,7 +443,8 @@ void TFormMain::btnCMRmvClick() {
 
 void TFormMain::btnExBtnRmvClick() {
   RemoveSelected<TIESec>(Page::ExtraButtons, [this](const TIESec& record) {
-    scanner_->RemoveAddon(RemovalMode::DeleteExtraButton, record.RegLocation);
+    scanner_->RemoveAddon(RemovalMode::DeleteExtraButton,
+                          RemovalString(RemovalMode::DeleteExtraButton, record));
     return Removal::Done;
   });
 }
@@ -450,15 +452,15 @@ void TFormMain::btnExBtnRmvClick() {
 void TFormMain::btnExpBarRmvClick() {
   RemoveSelected<TIESec>(Page::Bars, [this](const TIESec& record) {
     scanner_->RemoveAddon(RemovalMode::DeleteValueAndFile,
-                          record.RegLocation + L"|" + record.FilePath);
+                          RemovalString(RemovalMode::DeleteValueAndFile, record));
     return Removal::Done;  // whatever became of the file
   });
 }
 
 void TFormMain::btnTlbarRmvClick() {
   RemoveSelected<TIESec>(Page::Toolbars, [this](const TIESec& record) {
-    const int result = scanner_->RemoveAddon(RemovalMode::DeleteValueAndFile,
-                                             record.RegLocation + L"|" + record.FilePath);
+    const int result = scanner_->RemoveAddon(
+        RemovalMode::DeleteValueAndFile, RemovalString(RemovalMode::DeleteValueAndFile, record));
     return result == 0 ? Removal::Done : Removal::FileStays;
   });
 }
@@ -468,7 +470,7 @@ void TFormMain::RemoveModule(Page page, RemovalMode mode) {
     if (IsFileInUse(platform_.files, std::wstring(Trim(record.FilePath)))) {
       return Removal::FileInUse;
     }
-    scanner_->RemoveAddon(mode, record.FilePath + L"|" + record.RegLocation);
+    scanner_->RemoveAddon(mode, RemovalString(mode, record));
     return Removal::Done;
   });
 }
@@ -490,7 +492,8 @@ void TFormMain::ShowRowProperties(Page page) {
 
 void TFormMain::btnSEKeyClick() {
   if (const auto record = SelectedRecord<TShellExtension>(Page::ShellExtensions)) {
-    OpenRegEditAt(platform_.editor, L"HKEY_CLASSES_ROOT" + record->KeyPath, L"");
+    OpenRegEditAt(platform_.editor,
+                  RegistryLocation{RootKey::ClassesRoot, record->KeyPath, {}}.Text(), L"");
   } else {
     platform_.boxes.Show(Message(messages::kSelectNone), application_.Title(), kBoxError);
   }

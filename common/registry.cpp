@@ -15,9 +15,10 @@ struct KeyName {
   std::wstring_view path;
 };
 
-// The keys whose children the scans list. A removal names one of these children by a text that it
-// read from the registry; when that text comes out empty or crooked, the parent must survive.
-// Classes stand here once, below the machine's classes, for the user's and the merged view as well.
+// The keys of which the program lists or writes the children or values. A removal names a child of
+// one of them by a text that was read from the registry; when that text comes out empty or crooked,
+// the key itself must survive. Classes stand here once, as the machine's, for the user's and for
+// both together as well.
 constexpr auto kProtected = std::to_array<KeyName>({
     {RootKey::LocalMachine, L"SOFTWARE\\Classes\\*\\shell"},
     {RootKey::LocalMachine, L"SOFTWARE\\Classes\\*\\shellex\\ContextMenuHandlers"},
@@ -159,7 +160,8 @@ struct TRegistry::Place {
   std::wstring fullPath;    // below the root
 };
 
-TRegistry::TRegistry(RegistryBackend& backend) : backend_(backend), rootKey_(backend.Root(root_)) {}
+TRegistry::TRegistry(RegistryBackend& backend, RootKey root)
+    : backend_(backend), root_(root), rootKey_(backend.Root(root)) {}
 
 std::optional<TRegistry::Place> TRegistry::Resolve(std::wstring_view path) const {
   const bool absolute = !path.empty() && path.front() == L'\\';
@@ -302,37 +304,46 @@ std::wstring TextOrEmpty(const TRegistry& registry, std::wstring_view name) {
   }
 }
 
-RegistryLocation SplitLocation(std::wstring_view location) {
-  const auto end = location.find(L'\\');
-  if (end == std::wstring_view::npos) return {std::nullopt, std::wstring(location)};
-  RegistryLocation parts{std::nullopt, std::wstring(location.substr(end))};
-  for (const auto& [name, root] : kRootNames) {
-    if (location.substr(0, end) == name) parts.root = root;
+std::wstring RegistryLocation::Text() const {
+  std::wstring text;
+  for (const auto& [name, named] : kRootNames) {
+    if (named == root) text = name;
   }
-  return parts;
+  text += path;
+  if (value) text += L'|' + *value;
+  return text;
 }
 
-ValueLocation SplitValueLocation(std::wstring_view location) {
-  const auto first = location.find(L'|');
-  if (first == std::wstring_view::npos) return {std::wstring(location), {}};
-  return {std::wstring(location.substr(0, first)),
-          std::wstring(location.substr(location.rfind(L'|') + 1))};
+RegistryLocation ParseKeyLocation(std::wstring_view text) {
+  RegistryLocation location;
+  const auto end = text.find(L'\\');
+  if (end != std::wstring_view::npos) {
+    for (const auto& [name, root] : kRootNames) {
+      if (text.substr(0, end) == name) location.root = root;
+    }
+    text.remove_prefix(end);
+  }
+  location.path = text;
+  return location;
+}
+
+RegistryLocation ParseValueLocation(std::wstring_view text) {
+  const auto first = text.find(L'|');
+  RegistryLocation location = ParseKeyLocation(text.substr(0, first));
+  if (first != std::wstring_view::npos) location.value = text.substr(text.rfind(L'|') + 1);
+  return location;
 }
 
 void DeleteLocationKey(RegistryBackend& backend, std::wstring_view location) {
-  const auto parts = SplitLocation(location);
-  TRegistry registry(backend);
-  if (parts.root) registry.SetRootKey(*parts.root);
-  registry.DeleteKey(parts.path);
+  const RegistryLocation place = ParseKeyLocation(location);
+  TRegistry(backend, place.root).DeleteKey(place.path);
 }
 
 void DeleteLocationValue(RegistryBackend& backend, std::wstring_view location,
                          std::wstring_view valueName) {
-  const auto parts = SplitLocation(location);
-  TRegistry registry(backend);
-  if (parts.root) registry.SetRootKey(*parts.root);
-  registry.OpenKey(parts.path, false);
-  if (registry.ValueExists(valueName)) registry.DeleteValue(valueName);
+  const RegistryLocation place = ParseKeyLocation(location);
+  TRegistry registry(backend, place.root);
+  if (registry.OpenKey(place.path, false)) registry.DeleteValue(valueName);
 }
 
 }  // namespace tarvelin

@@ -107,8 +107,8 @@ class TRegistryError : public TError {
 // with a NUL character, except to DeleteKey.
 class TRegistry {
  public:
-  // Starts at HKEY_CURRENT_USER with no key open. `backend` must outlive the object.
-  explicit TRegistry(RegistryBackend& backend);
+  // Starts with no key open. `backend` must outlive the object.
+  explicit TRegistry(RegistryBackend& backend, RootKey root = RootKey::CurrentUser);
 
   // Changing the root closes the open key; setting the same root again changes nothing.
   void SetRootKey(RootKey root);
@@ -164,7 +164,7 @@ class TRegistry {
   [[nodiscard]] std::optional<RegistryValue> Query(std::wstring_view name) const;
 
   RegistryBackend& backend_;
-  RootKey root_ = RootKey::CurrentUser;
+  RootKey root_;
   std::unique_ptr<RegistryKey> rootKey_;
   std::unique_ptr<RegistryKey> key_;
   std::wstring keyPath_;  // of the open key, below the root
@@ -174,22 +174,24 @@ class TRegistry {
 // on which a single broken entry must not keep the others from the user.
 [[nodiscard]] std::wstring TextOrEmpty(const TRegistry& registry, std::wstring_view name);
 
-// A key-form location ("HKEY_LOCAL_MACHINE\SOFTWARE\...") taken apart: its root, when the text
-// before the first backslash is exactly one of the four root names, and its path from that
-// backslash on. A location without a backslash is all path.
+// A place in the registry as rows and removals carry it: a key or one of its values. As a text it
+// is the root's name and the key's path, for a value followed by "|" and the value's name:
+// "HKEY_CURRENT_USER\Software\Microsoft\Internet Explorer\Main|Start Page".
 struct RegistryLocation {
-  std::optional<RootKey> root;
-  std::wstring path;
-};
-[[nodiscard]] RegistryLocation SplitLocation(std::wstring_view location);
+  RootKey root = RootKey::CurrentUser;
+  std::wstring path;                  // with a leading backslash, as TRegistry takes it
+  std::optional<std::wstring> value;  // "" is the key's unnamed value
 
-// A value-form location ("...\Main|Start Page"): the key part before the first "|" and the value
-// name after the last one.
-struct ValueLocation {
-  std::wstring key;
-  std::wstring value;
+  [[nodiscard]] std::wstring Text() const;
 };
-[[nodiscard]] ValueLocation SplitValueLocation(std::wstring_view location);
+
+// Takes the location of a key apart, whose path may hold "|". A text that begins with no root's
+// name, in capitals and followed by a backslash, is below HKEY_CURRENT_USER.
+[[nodiscard]] RegistryLocation ParseKeyLocation(std::wstring_view text);
+
+// The same for the location of a value: the key stands before the first "|" and the name after the
+// last one. Without any the location names no value.
+[[nodiscard]] RegistryLocation ParseValueLocation(std::wstring_view text);
 
 // Deletes the key that a location names, with everything below it. Nothing is reported.
 void DeleteLocationKey(RegistryBackend& backend, std::wstring_view location);

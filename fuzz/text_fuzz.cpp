@@ -47,10 +47,10 @@ void TakeApart(const std::wstring& text) {
   const auto path = CommandLineToFilePath(files, text);
   Require(path.find(L'/') == std::wstring::npos && path.find(L'"') == std::wstring::npos);
   (void)ExtractFileExt(ExtractFileName(path));
-  const auto location = SplitLocation(text);
-  Require(text.ends_with(location.path));
-  const auto value = SplitValueLocation(text);
-  Require(text.starts_with(value.key) && text.ends_with(value.value));
+  const auto key = ParseKeyLocation(text);
+  Require(text.ends_with(key.path));
+  const auto value = ParseValueLocation(text);
+  Require(value.value ? text.ends_with(*value.value) : text.find(L'|') == std::wstring::npos);
   Require(UpperCase(text).size() == text.size() && LowerCase(text).size() == text.size());
   Require(SameText(text, UpperCase(text)));
 }

@@ -5,9 +5,8 @@
 #include <exception>
 #include <utility>
 
-#include "addons/UnitIEBrowserHelp.h"
-#include "common/registry.h"
 #include "common/text.h"
+#include "settings/settings.h"
 
 namespace tarvelin {
 
@@ -40,19 +39,13 @@ void TFormChange::btnOKClick() {
   if (!record) {
     throw TError(messages::kErrorNoItem);
   }
-  const std::wstring& location = record->RegLocation;
-  const RegistryLocation place = SplitLocation(location);
-  const std::wstring_view keyPath = std::wstring_view(place.path).substr(0, place.path.find(L'|'));
-  const std::wstring_view valueName = std::wstring_view(location).substr(location.find(L'|') + 1);
   try {
-    TRegistry registry(platform_.registry);
-    if (place.root) registry.SetRootKey(*place.root);
-    if (registry.OpenKey(keyPath, true)) registry.WriteString(valueName, Trim(edtValue->Text()));
-    registry.CloseKey();
+    // A key that cannot be opened is silent, and so is a write that fails, after which the row
+    // keeps its old text.
+    static_cast<void>(WriteSetting(platform_.registry, *record, Trim(edtValue->Text())));
     // The row shows what was typed, not the trimmed text.
     settingsList_.SetSubItem(row, 0, edtValue->Text());
   } catch (const std::exception&) {
-    // Like a key that cannot be opened, a failed write is silent; the row keeps its old text.
   }
   Close();
 }

@@ -34,51 +34,35 @@ constexpr std::wstring_view kNavigationCanceled = L"res://shdoclc.dll/navcancl.h
 constexpr std::wstring_view kOffline = L"res://shdoclc.dll/offcancl.htm";
 constexpr std::wstring_view kPostNotCached = L"res://mshtml.dll/repost.htm";
 
-constexpr TWatchedSetting User(const Text& name, std::wstring_view keyPath,
-                               std::wstring_view valueName, std::wstring_view defaultValue) {
-  return {name,    false,     RootKey::CurrentUser, L"HKEY_CURRENT_USER",
-          keyPath, valueName, defaultValue};
-}
+constexpr auto kUser = RootKey::CurrentUser;
+constexpr auto kMachine = RootKey::LocalMachine;
 
-constexpr TWatchedSetting Machine(const Text& name, std::wstring_view keyPath,
-                                  std::wstring_view valueName, std::wstring_view defaultValue) {
-  return {name,    false,     RootKey::LocalMachine, L"HKEY_LOCAL_MACHINE",
-          keyPath, valueName, defaultValue};
-}
-
-constexpr TWatchedSetting AllUsers(const Text& name, std::wstring_view keyPath,
-                                   std::wstring_view valueName, std::wstring_view defaultValue) {
-  auto setting = Machine(name, keyPath, valueName, defaultValue);
-  setting.allUsers = true;
-  return setting;
-}
-
-constexpr std::array kSettings{
-    User(messages::kStartPage, kMain, L"Start Page", kStartPage),
-    User(messages::kSearchPage, kMain, L"Search Page", kSearchPage),
-    User(messages::kDefaultPage, kMain, L"Default_Page_URL", kDefaultPage),
-    User(messages::kLocalPage, kMain, L"Local Page", kLocalPage),
-    User(messages::kSearchBar, kMain, L"Search Bar", kSearchBar),
-    User(messages::kDefaultSearch, kMain, L"Default_Search_URL", kDefaultSearch),
-    User(messages::kSearchUrl, kSearchUrl, L"", kAutoSearch),
-    AllUsers(messages::kStartPage, kMain, L"Start Page", kStartPage),
-    AllUsers(messages::kSearchPage, kMain, L"Search Page", kSearchPage),
-    AllUsers(messages::kDefaultPage, kMain, L"Default_Page_URL", kDefaultPage),
-    AllUsers(messages::kLocalPage, kMain, L"Local Page", kLocalPage),
-    AllUsers(messages::kSearchBar, kMain, L"Search Bar", kSearchBar),
-    AllUsers(messages::kDefaultSearch, kMain, L"Default_Search_URL", kDefaultSearchAllUsers),
-    AllUsers(messages::kSearchUrl, kSearchUrl, L"", kAutoSearch),
-    AllUsers(messages::kCustomizeSearch, kSearch, L"CustomizeSearch", kCustomizeSearch),
-    AllUsers(messages::kSearchAssistant, kSearch, L"SearchAssistant", kSearchAssistant),
-    Machine(messages::kBlankPage, kAboutUrls, L"blank", kBlank),
-    Machine(messages::kDesktopNavFail, kAboutUrls, L"DesktopItemNavigationFailure",
-            kNavigationCanceled),
-    Machine(messages::kNavCancel, kAboutUrls, L"NavigationCanceled", kNavigationCanceled),
+constexpr auto kSettings = std::to_array<TWatchedSetting>({
+    {kUser, messages::kStartPage, kMain, L"Start Page", kStartPage},
+    {kUser, messages::kSearchPage, kMain, L"Search Page", kSearchPage},
+    {kUser, messages::kDefaultPage, kMain, L"Default_Page_URL", kDefaultPage},
+    {kUser, messages::kLocalPage, kMain, L"Local Page", kLocalPage},
+    {kUser, messages::kSearchBar, kMain, L"Search Bar", kSearchBar},
+    {kUser, messages::kDefaultSearch, kMain, L"Default_Search_URL", kDefaultSearch},
+    {kUser, messages::kSearchUrl, kSearchUrl, L"", kAutoSearch},
+    {kMachine, messages::kStartPage, kMain, L"Start Page", kStartPage},
+    {kMachine, messages::kSearchPage, kMain, L"Search Page", kSearchPage},
+    {kMachine, messages::kDefaultPage, kMain, L"Default_Page_URL", kDefaultPage},
+    {kMachine, messages::kLocalPage, kMain, L"Local Page", kLocalPage},
+    {kMachine, messages::kSearchBar, kMain, L"Search Bar", kSearchBar},
+    {kMachine, messages::kDefaultSearch, kMain, L"Default_Search_URL", kDefaultSearchAllUsers},
+    {kMachine, messages::kSearchUrl, kSearchUrl, L"", kAutoSearch},
+    {kMachine, messages::kCustomizeSearch, kSearch, L"CustomizeSearch", kCustomizeSearch},
+    {kMachine, messages::kSearchAssistant, kSearch, L"SearchAssistant", kSearchAssistant},
+    {kMachine, messages::kBlankPage, kAboutUrls, L"blank", kBlank},
+    {kMachine, messages::kDesktopNavFail, kAboutUrls, L"DesktopItemNavigationFailure",
+     kNavigationCanceled},
+    {kMachine, messages::kNavCancel, kAboutUrls, L"NavigationCanceled", kNavigationCanceled},
     // The browser has no page of its own for this one.
-    Machine(messages::kNavFail, kAboutUrls, L"NavigationFailure", kNavigationCanceled),
-    Machine(messages::kOfflineInfo, kAboutUrls, L"OfflineInformation", kOffline),
-    Machine(messages::kPostNotCached, kAboutUrls, L"PostNotCached", kPostNotCached),
-};
+    {kMachine, messages::kNavFail, kAboutUrls, L"NavigationFailure", kNavigationCanceled},
+    {kMachine, messages::kOfflineInfo, kAboutUrls, L"OfflineInformation", kOffline},
+    {kMachine, messages::kPostNotCached, kAboutUrls, L"PostNotCached", kPostNotCached},
+});
 
 }  // namespace
 
@@ -86,16 +70,11 @@ std::span<const TWatchedSetting> WatchedSettings() { return kSettings; }
 
 std::wstring DisplayName(const TWatchedSetting& setting, const MessageLookup& messages) {
   std::wstring name = messages.Message(setting.name);
-  if (setting.allUsers) name += L"(" + messages.Message(messages::kAllUser) + L")";
+  // The built-in pages are the machine's alone and need no telling apart.
+  if (setting.root == RootKey::LocalMachine && setting.keyPath != kAboutUrls) {
+    name += L"(" + messages.Message(messages::kAllUser) + L")";
+  }
   return name;
-}
-
-std::wstring LocationOf(const TWatchedSetting& setting) {
-  std::wstring location(setting.rootName);
-  location += setting.keyPath;
-  location += L'|';
-  location += setting.valueName;
-  return location;
 }
 
 }  // namespace tarvelin

@@ -1,4 +1,5 @@
-// The table of watched Internet Explorer settings with the values that restoring writes.
+// The watched Internet Explorer settings: their table, the page that shows them and what is
+// written.
 #pragma once
 
 #include <span>
@@ -6,16 +7,16 @@
 #include <string_view>
 
 #include "common/messages.h"
+#include "common/records.h"
 #include "common/registry.h"
+#include "widgets/components.h"
 
 namespace tarvelin {
 
 // One watched setting. The settings of one key stand together.
 struct TWatchedSetting {
-  Text name;
-  bool allUsers;  // whether the name gets the "(All Users)" suffix
   RootKey root;
-  std::wstring_view rootName;
+  Text name;
   std::wstring_view keyPath;    // with a leading backslash
   std::wstring_view valueName;  // "" is the key's unnamed value
   std::wstring_view defaultValue;
@@ -28,7 +29,17 @@ struct TWatchedSetting {
 [[nodiscard]] std::wstring DisplayName(const TWatchedSetting& setting,
                                        const MessageLookup& messages);
 
-// The value-form location of a setting.
-[[nodiscard]] std::wstring LocationOf(const TWatchedSetting& setting);
+// Fills an empty list with the settings and their current texts, and leaves any other alone. A
+// value that is no text ends the scan with TRegistryError before the first row is added.
+void ScanSettings(RegistryBackend& registry, const MessageLookup& messages, TListView& list);
+
+// Writes the default of every checked row and unchecks it; a row that cannot be written stays as it
+// is. Returns how many were written.
+int RestoreCheckedSettings(RegistryBackend& registry, TListView& list);
+
+// Writes the value of one setting, whose key is created when it is missing. False when that is
+// refused; throws TRegistryError when the key can be opened but the value cannot be written.
+[[nodiscard]] bool WriteSetting(RegistryBackend& registry, const TIESec& record,
+                                std::wstring_view text);
 
 }  // namespace tarvelin

@@ -68,8 +68,7 @@ IconLocation SplitIconLocation(std::wstring_view location) {
 }  // namespace
 
 std::wstring GetProgramFilesDir(RegistryBackend& registry) {
-  TRegistry access(registry);
-  access.SetRootKey(RootKey::LocalMachine);
+  TRegistry access(registry, RootKey::LocalMachine);
   if (!access.OpenKeyReadOnly(L"Software\\Microsoft\\Windows\\CurrentVersion")) return {};
   return TextOrEmpty(access, L"ProgramFilesDir");
 }
@@ -77,8 +76,7 @@ std::wstring GetProgramFilesDir(RegistryBackend& registry) {
 int ExtensionIcons::GetExtensionIcon(std::wstring_view extension, std::wstring_view programId) {
   if (SameText(extension, L".exe")) return AddShellIcon(2);
 
-  TRegistry registry(platform_.registry);
-  registry.SetRootKey(RootKey::ClassesRoot);
+  TRegistry registry(platform_.registry, RootKey::ClassesRoot);
   if (!registry.OpenKeyReadOnly(std::wstring(programId) + L"\\DefaultIcon")) return AddShellIcon(0);
   const std::wstring location = TextOrEmpty(registry, L"");
   registry.CloseKey();

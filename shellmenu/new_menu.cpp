@@ -17,8 +17,7 @@ bool OffersNewFile(const std::vector<std::wstring>& valueNames) {
 }  // namespace
 
 std::wstring GetTypeDescription(RegistryBackend& registry, std::wstring_view programId) {
-  TRegistry access(registry);
-  access.SetRootKey(RootKey::LocalMachine);
+  TRegistry access(registry, RootKey::LocalMachine);
   access.OpenKeyReadOnly(L"\\SOFTWARE\\Classes\\" + std::wstring(programId));
   return TextOrEmpty(access, L"");
 }
@@ -27,8 +26,7 @@ void ScanNewMenu(TPlatform& platform, TListView& list, TImageList& images) {
   if (list.Count() > 0) return;
   const ListUpdate update(list);
   ExtensionIcons icons(platform, images);
-  TRegistry registry(platform.registry);
-  registry.SetRootKey(RootKey::ClassesRoot);
+  TRegistry registry(platform.registry, RootKey::ClassesRoot);
   registry.OpenKey(L"\\", true);
   for (const std::wstring& extension : registry.GetKeyNames()) {
     if (!extension.starts_with(L'.') || LowerCase(extension) == L".lnk") continue;

@@ -5,8 +5,7 @@
 namespace tarvelin {
 
 void RemoveShellKey(RegistryBackend& registry, std::wstring_view keyPath) {
-  TRegistry access(registry);
-  access.SetRootKey(RootKey::ClassesRoot);
+  TRegistry access(registry, RootKey::ClassesRoot);
   access.DeleteKey(keyPath);
 }
 

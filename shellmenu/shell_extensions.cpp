@@ -108,8 +108,7 @@ bool IsSystemShellEntry(std::wstring_view text) {
 
 void ScanShellExtensions(TPlatform& platform, const MessageLookup& messages, TListView& list) {
   if (list.Count() > 0) return;
-  TRegistry registry(platform.registry);
-  registry.SetRootKey(RootKey::ClassesRoot);
+  TRegistry registry(platform.registry, RootKey::ClassesRoot);
   for (const Category& category : kCategories) {
     if (!registry.OpenKey(category.parent, true)) continue;
     const std::vector<std::wstring> names = registry.GetKeyNames();

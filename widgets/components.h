@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "common/platform.h"
+#include "common/records.h"
 #include "widgets/pictures.h"
 
 namespace tarvelin {
@@ -229,12 +230,6 @@ class TImageList : public TComponent {
   std::vector<int> stored_;
   int storedCount_ = 0;
   std::unique_ptr<ImageListPeer> peer_;
-};
-
-// What a list row refers to; the row owns it.
-class TRecord {
- public:
-  virtual ~TRecord() = default;
 };
 
 struct TListColumn {

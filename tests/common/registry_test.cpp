@@ -140,12 +140,16 @@ TEST(RegistryTest, LocationsNameExactlyTheKeyOrValueToDelete) {
   ASSERT_TRUE(registry.OpenKeyReadOnly(L"K"));
   EXPECT_EQ(registry.GetValueNames(), Names{L"keep"});
 
-  const auto parts = SplitValueLocation(L"HKEY_USERS\\a|b|c");
-  EXPECT_EQ(parts.key, L"HKEY_USERS\\a");
-  EXPECT_EQ(parts.value, L"c");
-  EXPECT_EQ(SplitValueLocation(L"k|").value, L"");
-  EXPECT_EQ(SplitLocation(L"HKEY_USERS\\a\\").root, RootKey::Users);
-  EXPECT_EQ(SplitLocation(L"HKEY_USERS").path, L"HKEY_USERS");
+  const RegistryLocation value = ParseValueLocation(L"HKEY_USERS\\a|b|c");
+  EXPECT_EQ(value.root, RootKey::Users);
+  EXPECT_EQ(value.path, L"\\a");
+  EXPECT_EQ(value.value, L"c");
+  EXPECT_EQ(ParseValueLocation(L"HKEY_USERS").path, L"HKEY_USERS");
+  for (const auto* text :
+       {L"HKEY_CLASSES_ROOT\\k|", L"HKEY_LOCAL_MACHINE\\k|v", L"HKEY_USERS\\k"}) {
+    EXPECT_EQ(ParseValueLocation(text).Text(), text);
+    EXPECT_EQ(ParseKeyLocation(text).Text(), text);
+  }
 }
 
 }  // namespace

@@ -55,8 +55,8 @@ TEST_F(Settings, AreRestoredToTheirDefaultsAndNothingElseIs) {
   MemoryRegistry expected;
   expected.Text(kUser + L"Main", L"Window Title", L"stays");
   for (const TWatchedSetting& setting : WatchedSettings()) {
-    expected.Text(std::wstring(setting.rootName).append(setting.keyPath), setting.valueName,
-                  setting.defaultValue);
+    expected.Text(RegistryLocation{setting.root, std::wstring(setting.keyPath), {}}.Text(),
+                  setting.valueName, setting.defaultValue);
   }
   const std::wstring search = L"http://home.microsoft.com/search/search.asp";
   EXPECT_EQ(expected.TextOf(kUser + L"Main", L"Default_Search_URL"), search);

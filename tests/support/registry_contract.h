@@ -29,8 +29,7 @@ class RegistryContract : public ::testing::Test {
     return Root(RootKey::LocalMachine)->Open(path, access);
   }
   bool Remove(const std::wstring& path) {
-    TRegistry registry(world.Backend());
-    registry.SetRootKey(RootKey::LocalMachine);
+    TRegistry registry(world.Backend(), RootKey::LocalMachine);
     return registry.DeleteKey(L"\\" + path);
   }
   Names Subkeys(const std::wstring& path) {
@@ -95,8 +94,7 @@ TYPED_TEST_P(RegistryContract, GivesTheBytesOfAValueAsTheyAre) {
     EXPECT_EQ(read->type, value.type);
     EXPECT_EQ(read->data, value.data) << ToUtf8(name.substr(0, 20));
   }
-  TRegistry registry(this->world.Backend());
-  registry.SetRootKey(RootKey::LocalMachine);
+  TRegistry registry(this->world.Backend(), RootKey::LocalMachine);
   ASSERT_TRUE(registry.OpenKeyReadOnly(L"\\Software\\Raw"));
   for (const auto& [name, text] : std::vector<std::pair<std::wstring, std::wstring>>{
            {L"unterminated", L"ab"}, {L"odd", L"a"}, {L"empty", L""}, {L"inner NUL", L"a"}}) {
@@ -166,8 +164,7 @@ TYPED_TEST_P(RegistryContract, NamesWithNulsAreListedAndDeletedWhole) {
   EXPECT_EQ(this->Subkeys(L"Software\\Odd"), Sorted(names));
   EXPECT_TRUE(this->Open(L"Software\\Odd\\" + names[3]));
 
-  TRegistry registry(this->world.Backend());
-  registry.SetRootKey(RootKey::LocalMachine);
+  TRegistry registry(this->world.Backend(), RootKey::LocalMachine);
   for (int odd = 0; odd < 3; ++odd) {
     const std::wstring path = L"\\Software\\Odd\\" + names[0];
     EXPECT_FALSE(registry.OpenKey(path, true));
@@ -202,8 +199,7 @@ TYPED_TEST_P(RegistryContract, DeletesWholeTreesOfTheUserAndTheMachine) {
   EXPECT_FALSE(key->Query(L""));
   EXPECT_FALSE(key->SetText(L"", L""));
 
-  TRegistry classes(this->world.Backend());
-  classes.SetRootKey(RootKey::ClassesRoot);
+  TRegistry classes(this->world.Backend(), RootKey::ClassesRoot);
   EXPECT_TRUE(classes.DeleteKey(L"\\.X"));
   EXPECT_FALSE(this->Open(L"Software\\Classes\\.x"));
   EXPECT_FALSE(

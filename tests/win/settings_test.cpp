@@ -22,7 +22,9 @@ constexpr int kSearchUrlAllUsers = 13, kCustomizeSearch = 14, kRows = 22;
 // How a dump of the registry shows a row's value, by default a restored one.
 std::wstring Line(int row, std::optional<std::wstring_view> text = {}) {
   const TWatchedSetting& setting = WatchedSettings()[static_cast<std::size_t>(row)];
-  return LocationOf(setting) + L"=1:" + std::wstring(text.value_or(setting.defaultValue));
+  const RegistryLocation location{setting.root, std::wstring(setting.keyPath),
+                                  std::wstring(setting.valueName)};
+  return location.Text() + L"=1:" + std::wstring(text.value_or(setting.defaultValue));
 }
 
 class SettingsTest : public ::testing::Test {

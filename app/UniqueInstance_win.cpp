@@ -1,9 +1,9 @@
 #include "app/UniqueInstance_win.h"
 
-#include <new>
 #include <utility>
 
 #include "common/Corvane_Routine_New.h"
+#include "widgets/peers_win.h"
 
 namespace tarvelin {
 
@@ -78,7 +78,7 @@ UniqueInstance::UniqueInstance(HINSTANCE instance, UINT message, UniqueKernelObj
   // Broadcasts reach top-level windows only; this one is never shown.
   applicationWindow_ = CreateWindowExW(0, kWindowClass, L"Tarvelin", WS_POPUP, 0, 0, 0, 0, nullptr,
                                        nullptr, instance, nullptr);
-  if (!applicationWindow_) throw std::bad_alloc();
+  if (!applicationWindow_) throw WindowsError();
   SetWindowLongPtrW(applicationWindow_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
 }
 

@@ -88,12 +88,16 @@ void RunProgram(HINSTANCE instance) {
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int) {
   tarvelin::PrepareProcess();
+  std::wstring reason;
   try {
     tarvelin::RunProgram(instance);
     return 0;
+  } catch (const tarvelin::WindowsError& error) {
+    reason = error.Reason();
   } catch (const std::exception&) {
-    MessageBoxW(nullptr, L"The program cannot be started: Windows is short of memory.",
-                tarvelin::kTitle, MB_ICONERROR);
-    return 1;
+    reason = L"Windows is short of memory.";
   }
+  MessageBoxW(nullptr, (L"The program cannot be started: " + reason).c_str(), tarvelin::kTitle,
+              MB_ICONERROR);
+  return 1;
 }

@@ -22,6 +22,7 @@ TFormChange::TFormChange(TPlatform& platform, TListView& settingsList,
       settingsList_(settingsList),
       translateWindows_(std::move(translateWindows)) {
   OnShow = [this] { FormShow(); };
+  lblChange->namesNext = true;
   btnOK->isDefault = true;
   btnOK->OnClick = [this] { btnOKClick(); };
   btnCancel->OnClick = [this] { btnCancelClick(); };

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "common/text.h"
+
 namespace tarvelin {
 
 TControl::TControl(std::wstring name, TControl* parent, TRect bounds)
@@ -68,12 +70,6 @@ TLabel::TLabel(std::wstring name, TControl* parent, TRect bounds, std::wstring_v
                LabelStyle style)
     : TControl(std::move(name), parent, bounds), style_(style) {
   SetCaption(caption);
-}
-
-void TLabel::SetFontColor(TColor color) {
-  if (fontColor_ == color) return;
-  fontColor_ = color;
-  Notify(Change::Color);
 }
 
 std::vector<TranslatableText> TLabel::TranslatableTexts() { return {CaptionText()}; }
@@ -149,12 +145,10 @@ TListView::TListView(std::wstring name, TControl* parent, TRect bounds,
                      std::vector<TListColumn> columns)
     : TControl(std::move(name), parent, bounds), columns_(std::move(columns)) {}
 
-TListView::~TListView() {
-  if (!OnDeletion) return;
-  for (TListItem& item : items_) OnDeletion(item);
+ListViewPeer& TListView::ListPeer() const {
+  static ListViewPeer none;
+  return Peer() ? static_cast<ListViewPeer&>(*Peer()) : none;
 }
-
-ListViewPeer* TListView::ListPeer() const { return static_cast<ListViewPeer*>(Peer()); }
 
 TListItem& TListView::At(int index) {
   if (index < 0 || index >= Count()) throw std::out_of_range("list index");
@@ -173,24 +167,20 @@ int TListView::IndexOf(const TRecord& record) const {
 
 void TListView::SetColumnCaption(std::size_t column, std::wstring_view caption) {
   columns_.at(column).caption = caption;
-  if (auto* peer = ListPeer()) peer->ColumnsChanged();
+  ListPeer().ColumnsChanged();
 }
 
 void TListView::SetColumnWidth(std::size_t column, int width) {
   columns_.at(column).width = width;
-  if (auto* peer = ListPeer()) peer->ColumnsChanged();
+  ListPeer().ColumnsChanged();
 }
 
-int TListView::ClientWidth() {
-  auto* peer = ListPeer();
-  return peer ? peer->ClientWidth() : Bounds().width;
-}
+int TListView::ClientWidth() { return ListPeer().ClientWidth(Bounds().width); }
 
 int TListView::Add(TListItem item) {
   items_.push_back(std::move(item));
-  const int index = Count() - 1;
-  if (auto* peer = ListPeer()) peer->ItemInserted(index);
-  return index;
+  if (!Updating()) ListPeer().RowsAdded();
+  return Count() - 1;
 }
 
 void TListView::Delete(int index) {
@@ -200,62 +190,49 @@ void TListView::Delete(int index) {
   } else if (selected_ > index) {
     --selected_;
   }
-  if (OnDeletion) OnDeletion(At(index));
   items_.erase(items_.begin() + index);
-  if (auto* peer = ListPeer()) peer->ItemDeleted(index);
-}
-
-void TListView::SetItemCaption(int index, std::wstring_view caption) {
-  At(index).caption = caption;
-  if (auto* peer = ListPeer()) peer->ItemChanged(index);
+  ListPeer().RowDeleted(index);
 }
 
 void TListView::SetSubItem(int index, std::size_t subItem, std::wstring_view text) {
   auto& subItems = At(index).subItems;
   if (subItems.size() <= subItem) subItems.resize(subItem + 1);
   subItems[subItem] = text;
-  if (auto* peer = ListPeer()) peer->ItemChanged(index);
-}
-
-void TListView::SetImageIndex(int index, int imageIndex) {
-  At(index).imageIndex = imageIndex;
-  if (auto* peer = ListPeer()) peer->ItemChanged(index);
-}
-
-void TListView::SetData(int index, std::unique_ptr<TRecord> data) {
-  At(index).data = std::move(data);
+  ListPeer().RowChanged(index);
 }
 
 void TListView::SetChecked(int index, bool checked) {
   TListItem& item = At(index);
   if (item.checked == checked) return;
   item.checked = checked;
-  if (auto* peer = ListPeer()) peer->CheckChanged(index);
+  ListPeer().CheckChanged(index);
   if (OnItemChecked) OnItemChecked();
+}
+
+int TListView::FindCaption(std::wstring_view text, int start) const {
+  for (int step = 0; step < Count(); ++step) {
+    const int index = (std::max(start, 0) + step) % Count();
+    if (SameText(std::wstring_view(Item(index).caption).substr(0, text.size()), text)) return index;
+  }
+  return -1;
 }
 
 void TListView::SetSelectedIndex(int index) {
   if (index < 0 || index >= Count()) index = -1;
   if (selected_ == index) return;
   selected_ = index;
-  if (auto* peer = ListPeer()) peer->SelectionChanged();
+  ListPeer().SelectionChanged();
   if (OnSelectItem) OnSelectItem();
 }
 
 void TListView::SetCheckBoxes(bool checkBoxes) {
   if (checkBoxes_ == checkBoxes) return;
   checkBoxes_ = checkBoxes;
-  if (auto* peer = ListPeer()) peer->CheckBoxesChanged();
-}
-
-void TListView::BeginUpdate() {
-  if (updates_++ > 0) return;
-  if (auto* peer = ListPeer()) peer->BeginUpdate();
+  ListPeer().CheckBoxesChanged();
 }
 
 void TListView::EndUpdate() {
-  if (updates_ == 0 || --updates_ > 0) return;
-  if (auto* peer = ListPeer()) peer->EndUpdate();
+  if (updates_ > 0 && --updates_ == 0) ListPeer().RowsAdded();
 }
 
 void TListView::DoubleClick() {

@@ -136,20 +136,19 @@ class TPanel : public TControl {
 
 enum class LabelStyle { Plain, Bold, Title };
 
-// A text without a border. A label next to an edit box names it for screen readers, which needs a
-// real static control; the others are painted by the control they lie on.
+// A text without a border, painted by the control that it lies on.
 class TLabel : public TControl {
  public:
   TLabel(std::wstring name, TControl* parent, TRect bounds, std::wstring_view caption,
          LabelStyle style);
   [[nodiscard]] LabelStyle Style() const { return style_; }
-  [[nodiscard]] TColor FontColor() const { return fontColor_; }
-  void SetFontColor(TColor color);
+  // For screen readers it is the name of the control created after it, such as an edit box; that
+  // takes a window of its own.
+  bool namesNext = false;
   [[nodiscard]] std::vector<TranslatableText> TranslatableTexts() override;
 
  private:
   LabelStyle style_;
-  TColor fontColor_ = kBlack;
 };
 
 // A push button. The default button answers Enter, the cancel button Escape.
@@ -245,25 +244,25 @@ struct TListItem {
   std::shared_ptr<TRecord> data;  // a command holds on to the record of its row as well
 };
 
+// What a list tells its peer. A list without a window has this one, which shows nothing.
 class ListViewPeer : public ControlPeer {
  public:
-  [[nodiscard]] virtual int ClientWidth() = 0;
-  virtual void ItemInserted(int index) = 0;
-  virtual void ItemChanged(int index) = 0;  // texts or image
-  virtual void ItemDeleted(int index) = 0;  // the item is already gone from the list
-  virtual void CheckChanged(int index) = 0;
-  virtual void SelectionChanged() = 0;
-  virtual void ColumnsChanged() = 0;  // captions or widths
-  virtual void CheckBoxesChanged() = 0;
-  virtual void BeginUpdate() = 0;
-  virtual void EndUpdate() = 0;
+  void Changed(Change) override {}
+  // Of a list that is laid out with that width.
+  [[nodiscard]] virtual int ClientWidth(int width) { return width; }
+  virtual void RowsAdded() {}        // at the end; not while an update lasts
+  virtual void RowDeleted(int) {}    // it is already gone from the list
+  virtual void RowChanged(int) {}    // texts
+  virtual void CheckChanged(int) {}  // the row's mark
+  virtual void SelectionChanged() {}
+  virtual void ColumnsChanged() {}  // captions or widths
+  virtual void CheckBoxesChanged() {}
 };
 
 // A report-style list with whole-row single selection. It owns its rows, and each row its record.
 class TListView : public TControl {
  public:
   TListView(std::wstring name, TControl* parent, TRect bounds, std::vector<TListColumn> columns);
-  ~TListView() override;
 
   [[nodiscard]] const std::vector<TListColumn>& Columns() const { return columns_; }
   void SetColumnCaption(std::size_t column, std::wstring_view caption);
@@ -281,14 +280,14 @@ class TListView : public TControl {
   [[nodiscard]] int IndexOf(const TRecord& record) const;
 
   int Add(TListItem item);  // at the end; returns its index
-  // Takes the row out. A selected row is deselected first; OnDeletion runs before it goes.
+  // Takes the row out. A selected row is deselected first.
   void Delete(int index);
-  void SetItemCaption(int index, std::wstring_view caption);
   void SetSubItem(int index, std::size_t subItem, std::wstring_view text);
-  void SetImageIndex(int index, int imageIndex);
-  void SetData(int index, std::unique_ptr<TRecord> data);
   // OnItemChecked runs when the mark differs.
   void SetChecked(int index, bool checked);
+  // The first row from `start` on, and then from the top, whose caption begins with `text` in any
+  // case; -1 when none does.
+  [[nodiscard]] int FindCaption(std::wstring_view text, int start) const;
   [[nodiscard]] int SelectedIndex() const { return selected_; }  // -1 when none is
   void SetSelectedIndex(int index);
 
@@ -298,20 +297,20 @@ class TListView : public TControl {
   void SetSmallImages(TImageList* images) { smallImages_ = images; }
 
   // Updates nest; the peer shows the rows added meanwhile when the last one ends.
-  void BeginUpdate();
+  void BeginUpdate() { ++updates_; }
   void EndUpdate();
+  [[nodiscard]] bool Updating() const { return updates_ > 0; }
 
   void DoubleClick();
   [[nodiscard]] std::vector<TranslatableText> TranslatableTexts() override;
 
-  std::function<void()> OnSelectItem;          // on every change of the selection
-  std::function<void(TListItem&)> OnDeletion;  // for every row, also when the list is destroyed
+  std::function<void()> OnSelectItem;  // on every change of the selection
   std::function<void()> OnItemChecked;
   std::function<void()> OnDblClick;
 
  private:
   [[nodiscard]] TListItem& At(int index);
-  [[nodiscard]] ListViewPeer* ListPeer() const;
+  [[nodiscard]] ListViewPeer& ListPeer() const;
 
   std::vector<TListColumn> columns_;
   std::vector<TListItem> items_;

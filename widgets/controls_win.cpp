@@ -27,42 +27,36 @@ std::wstring TextOf(HWND window) {
   return text;
 }
 
-class ButtonPeer : public WindowPeer<ControlPeer> {
+class ButtonPeer : public WindowPeer<TButton> {
  public:
-  ButtonPeer(TButton& button, PeerContext& context, FormWindow& form, HWND parent)
-      : WindowPeer(button, context, &form), button_(button) {
+  ButtonPeer(TButton& button, const Site& site) : WindowPeer(button, site) {
     const DWORD style = button.isDefault ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON;
-    CreateSystem({WC_BUTTONW, WS_CHILD | WS_TABSTOP | style, 0, parent, form.AddButton(button)});
+    CreateSystem({WC_BUTTONW, WS_CHILD | WS_TABSTOP | style, 0, site.form.AddButton(button)});
   }
 
  protected:
-  std::wstring WindowText() const override { return Literal(button_.Caption()); }
+  std::wstring WindowText() const override { return Literal(component_.Caption()); }
 
   std::optional<LRESULT> Reflected(UINT message, WPARAM wParam, LPARAM) override {
     if (message != WM_COMMAND || HIWORD(wParam) != BN_CLICKED) return std::nullopt;
-    Run([this] { button_.Click(); });
+    Run([this] { component_.Click(); });
     return 0;
   }
-
- private:
-  TButton& button_;
 };
 
-class CheckBoxPeer : public WindowPeer<ControlPeer> {
+class CheckBoxPeer : public WindowPeer<TCheckBox> {
  public:
-  CheckBoxPeer(TCheckBox& checkBox, PeerContext& context, FormWindow& form, HWND parent)
-      : WindowPeer(checkBox, context, &form), checkBox_(checkBox) {
-    CreateSystem(
-        {WC_BUTTONW, WS_CHILD | WS_TABSTOP | BS_AUTOCHECKBOX, 0, parent, form.AddControl()});
+  CheckBoxPeer(TCheckBox& checkBox, const Site& site) : WindowPeer(checkBox, site) {
+    CreateSystem({WC_BUTTONW, WS_CHILD | WS_TABSTOP | BS_AUTOCHECKBOX});
     Apply(Change::Checked);
   }
 
  protected:
-  std::wstring WindowText() const override { return Literal(checkBox_.Caption()); }
+  std::wstring WindowText() const override { return Literal(component_.Caption()); }
 
   void Apply(Change change) override {
     if (change == Change::Checked) {
-      SendMessageW(Handle(), BM_SETCHECK, checkBox_.Checked() ? BST_CHECKED : BST_UNCHECKED, 0);
+      SendMessageW(Handle(), BM_SETCHECK, component_.Checked() ? BST_CHECKED : BST_UNCHECKED, 0);
     } else {
       WindowPeer::Apply(change);
     }
@@ -71,20 +65,15 @@ class CheckBoxPeer : public WindowPeer<ControlPeer> {
   std::optional<LRESULT> Reflected(UINT message, WPARAM wParam, LPARAM) override {
     if (message != WM_COMMAND || HIWORD(wParam) != BN_CLICKED) return std::nullopt;
     const bool checked = SendMessageW(Handle(), BM_GETCHECK, 0, 0) == BST_CHECKED;
-    Run([&] { checkBox_.SetChecked(checked); });
+    Run([&] { component_.SetChecked(checked); });
     return 0;
   }
-
- private:
-  TCheckBox& checkBox_;
 };
 
-class EditPeer : public WindowPeer<ControlPeer> {
+class EditPeer : public WindowPeer<TEdit> {
  public:
-  EditPeer(TEdit& edit, PeerContext& context, FormWindow& form, HWND parent)
-      : WindowPeer(edit, context, &form), edit_(edit) {
-    CreateSystem({WC_EDITW, WS_CHILD | WS_TABSTOP | ES_AUTOHSCROLL, WS_EX_CLIENTEDGE, parent,
-                  form.AddControl()});
+  EditPeer(TEdit& edit, const Site& site) : WindowPeer(edit, site) {
+    CreateSystem({WC_EDITW, WS_CHILD | WS_TABSTOP | ES_AUTOHSCROLL, WS_EX_CLIENTEDGE});
     SendMessageW(Handle(), EM_SETLIMITTEXT, 0, 0);
   }
 
@@ -97,12 +86,9 @@ class EditPeer : public WindowPeer<ControlPeer> {
 
   std::optional<LRESULT> Reflected(UINT message, WPARAM wParam, LPARAM) override {
     if (message != WM_COMMAND || HIWORD(wParam) != EN_CHANGE) return std::nullopt;
-    Report([this] { edit_.UserTyped(TextOf(Handle())); });
+    Report([this] { component_.UserTyped(TextOf(Handle())); });
     return 0;
   }
-
- private:
-  TEdit& edit_;
 };
 
 // The place of a label: a translated caption may need more room than the one that the label was
@@ -115,17 +101,15 @@ RECT LabelArea(const TLabel& label, HFONT font) {
   return area;
 }
 
-class StaticPeer : public WindowPeer<ControlPeer> {
+class StaticPeer : public WindowPeer<TLabel> {
  public:
-  StaticPeer(TLabel& label, PeerContext& context, FormWindow& form, HWND parent)
-      : WindowPeer(label, context, &form), label_(label) {
-    CreateSystem(
-        {WC_STATICW, WS_CHILD | SS_LEFTNOWORDWRAP | SS_NOPREFIX, 0, parent, form.AddControl()});
+  StaticPeer(TLabel& label, const Site& site) : WindowPeer(label, site) {
+    CreateSystem({WC_STATICW, WS_CHILD | SS_LEFTNOWORDWRAP | SS_NOPREFIX});
     SendMessageW(Handle(), WM_SETFONT, reinterpret_cast<WPARAM>(Font()), FALSE);
   }
 
  protected:
-  RECT WindowBounds() const override { return LabelArea(label_, Font()); }
+  RECT WindowBounds() const override { return LabelArea(component_, Font()); }
 
   void Apply(Change change) override {
     WindowPeer::Apply(change);
@@ -133,104 +117,78 @@ class StaticPeer : public WindowPeer<ControlPeer> {
   }
 
  private:
-  HFONT Font() const { return context_.fonts.Of(label_.Style()); }
-
-  TLabel& label_;
+  HFONT Font() const { return site_.context.fonts.Of(component_.Style()); }
 };
 
-class LabelGraphic : public ControlPeer, public Graphic {
+// A control that its container paints.
+template <typename Shown>
+class GraphicPeer : public ControlPeer, public Graphic {
  public:
-  LabelGraphic(TLabel& label, PeerContext& context, ContainerWindow& container)
-      : label_(label), context_(context), container_(container) {}
+  using Component = Shown;
+  void Changed(Change) override { site_.parent->GraphicChanged(); }
 
-  void Changed(Change) override { container_.GraphicChanged(); }
+ protected:
+  GraphicPeer(Component& component, const Site& site) : component_(component), site_(site) {}
+
+  Component& component_;
+  const Site site_;
+};
+
+class LabelGraphic : public GraphicPeer<TLabel> {
+ public:
+  LabelGraphic(TLabel& label, const Site& site) : GraphicPeer(label, site) {}
 
   void Draw(HDC dc) override {
-    const HFONT font = context_.fonts.Of(label_.Style());
-    DrawTextLine(dc, font, TextColor(label_.FontColor()), label_.Caption(), LabelArea(label_, font),
+    const HFONT font = site_.context.fonts.Of(component_.Style());
+    DrawTextLine(dc, font, TextColor(kBlack), component_.Caption(), LabelArea(component_, font),
                  DT_TOP);
   }
-
- private:
-  TLabel& label_;
-  PeerContext& context_;
-  ContainerWindow& container_;
 };
 
-class ImageGraphic : public ControlPeer, public Graphic {
+class ImageGraphic : public GraphicPeer<TImage> {
  public:
-  ImageGraphic(TImage& image, ContainerWindow& container)
-      : image_(image), container_(container), bitmap_(image.Picture()) {}
+  ImageGraphic(TImage& image, const Site& site)
+      : GraphicPeer(image, site), bitmap_(image.Picture()) {}
 
   void Changed(Change change) override {
-    if (change == Change::Picture) bitmap_ = PictureBitmap(image_.Picture());
-    container_.GraphicChanged();
+    if (change == Change::Picture) bitmap_ = PictureBitmap(component_.Picture());
+    GraphicPeer::Changed(change);
   }
 
   void Draw(HDC dc) override {
     // Text must stand on the scheme's own background to be readable.
     if (HighContrast() && LiesUnderText()) return;
-    bitmap_.Draw(dc, ToRect(image_.Bounds()), image_.stretch);
+    bitmap_.Draw(dc, ToRect(component_.Bounds()), component_.stretch);
   }
 
  private:
   bool LiesUnderText() const {
-    const RECT own = ToRect(image_.Bounds());
-    return std::ranges::any_of(image_.Parent()->Controls(), [&](const TControl* sibling) {
+    const RECT own = ToRect(component_.Bounds());
+    return std::ranges::any_of(component_.Parent()->Controls(), [&](const TControl* sibling) {
       const RECT other = ToRect(sibling->Bounds());
       RECT common{};
       return dynamic_cast<const TLabel*>(sibling) && IntersectRect(&common, &own, &other);
     });
   }
 
-  TImage& image_;
-  ContainerWindow& container_;
   PictureBitmap bitmap_;
 };
 
-class PanelPeer : public WindowPeer<ControlPeer, ContainerWindow> {
+class PanelPeer : public WindowPeer<TControl, ContainerWindow> {
  public:
-  PanelPeer(TControl& panel, PeerContext& context, FormWindow& form, HWND parent)
-      : WindowPeer(panel, context, &form) {
-    CreateOwn({L"TarvelinPanel", WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, WS_EX_CONTROLPARENT,
-               parent, form.AddControl()});
+  PanelPeer(TControl& panel, const Site& site) : WindowPeer(panel, site) {
+    CreateOwn(
+        {L"TarvelinPanel", WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, WS_EX_CONTROLPARENT});
   }
 };
 
 }  // namespace
 
-std::unique_ptr<ControlPeer> MakeButtonPeer(TButton& button, PeerContext& context, FormWindow& form,
-                                            HWND parent) {
-  return std::make_unique<ButtonPeer>(button, context, form, parent);
-}
-
-std::unique_ptr<ControlPeer> MakeCheckBoxPeer(TCheckBox& checkBox, PeerContext& context,
-                                              FormWindow& form, HWND parent) {
-  return std::make_unique<CheckBoxPeer>(checkBox, context, form, parent);
-}
-
-std::unique_ptr<ControlPeer> MakeEditPeer(TEdit& edit, PeerContext& context, FormWindow& form,
-                                          HWND parent) {
-  return std::make_unique<EditPeer>(edit, context, form, parent);
-}
-
-std::unique_ptr<ControlPeer> MakeStaticPeer(TLabel& label, PeerContext& context, FormWindow& form,
-                                            HWND parent) {
-  return std::make_unique<StaticPeer>(label, context, form, parent);
-}
-
-std::unique_ptr<ControlPeer> MakeLabelGraphic(TLabel& label, PeerContext& context,
-                                              ContainerWindow& container) {
-  return std::make_unique<LabelGraphic>(label, context, container);
-}
-
-std::unique_ptr<ControlPeer> MakeImageGraphic(TImage& image, ContainerWindow& container) {
-  return std::make_unique<ImageGraphic>(image, container);
-}
-
-std::unique_ptr<ControlPeer> MakePanelPeer(TControl& panel, PeerContext& context, FormWindow& form,
-                                           HWND parent) {
-  return std::make_unique<PanelPeer>(panel, context, form, parent);
+std::unique_ptr<ControlPeer> MakeControlPeer(TControl& control, const Site& site) {
+  const auto* label = dynamic_cast<const TLabel*>(&control);
+  if (label && label->namesNext) return MakePeerIf<StaticPeer>(control, site);
+  return MakePeerOf<ButtonPeer, CheckBoxPeer, EditPeer, LabelGraphic, ImageGraphic, PanelPeer>(
+      control, site);
 }
 
 }  // namespace tarvelin

@@ -26,12 +26,11 @@ BOOL CALLBACK PassOn(HWND child, LPARAM parameter) {
 }  // namespace
 
 FormWindow::FormWindow(TForm& form, PeerContext& context, const FormFrame& frame)
-    : WindowPeer(form, context, this),
-      form_(form),
+    : WindowPeer(form, {context, *this, nullptr}),
       frame_(frame),
       style_(WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN |
              (frame.owner ? WS_POPUP : WS_OVERLAPPED | WS_MINIMIZEBOX)) {
-  CreateOwn({(L"T" + form.Name()).c_str(), style_, WS_EX_CONTROLPARENT, frame.owner});
+  CreateOwn({(L"T" + form.Name()).c_str(), style_, WS_EX_CONTROLPARENT, 0, frame.owner});
   FollowWindow();
   context.loop.AddForm(Handle());
   // Focus rectangles and underlines are shown once the keyboard is used, or as the user set it.
@@ -46,7 +45,7 @@ FormWindow::~FormWindow() {
 
 RECT FormWindow::WindowBounds() const {
   // Windows asks for the limits before the new window knows its object, so they count here too.
-  RECT frame{0, 0, form_.Bounds().width, form_.Bounds().height};
+  RECT frame{0, 0, component_.Bounds().width, component_.Bounds().height};
   AdjustWindowRectEx(&frame, style_, FALSE, WS_EX_CONTROLPARENT);
   const auto limit = [](LONG length, LONG minimum, LONG maximum) {
     return std::max(minimum, maximum ? std::min(length, maximum) : length);
@@ -61,7 +60,7 @@ RECT FormWindow::WindowBounds() const {
 void FormWindow::FollowWindow() {
   RECT client{};
   GetClientRect(Handle(), &client);
-  form_.WindowResized(client.right, client.bottom);
+  component_.WindowResized(client.right, client.bottom);
 }
 
 // ---- Showing and closing ----
@@ -72,12 +71,13 @@ void FormWindow::Show() {
 }
 
 void FormWindow::RunModal() {
-  if (!Handle()) return form_.Close();
+  if (!Handle()) return component_.Close();
   WindowPeer::Apply(Change::Bounds);  // the owner may have moved to another monitor
   modal_ = true;
   EnableWindow(frame_.owner, FALSE);
   ShowWindow(Handle(), SW_SHOW);
-  context_.commands.Listen([this] { context_.loop.RunUntil([this] { return !form_.Visible(); }); });
+  site_.context.commands.Listen(
+      [this] { site_.context.loop.RunUntil([this] { return !component_.Visible(); }); });
   Hide();
 }
 
@@ -94,7 +94,7 @@ void FormWindow::Hide() {
 void FormWindow::Apply(Change change) {
   if (change != Change::Visible) {
     WindowPeer::Apply(change);
-  } else if (!form_.Visible() && Handle()) {
+  } else if (!component_.Visible() && Handle()) {
     Hide();
     EndProgram();
   }
@@ -146,12 +146,12 @@ void FormWindow::SettingsChanged(const MSG& message) {
 LRESULT FormWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case WM_CLOSE:
-      Run([this] { form_.Close(); });
+      Run([this] { component_.Close(); });
       return 0;
     case WM_DESTROY:
       // An add-on's code can do this to a window of its process. The command that called it goes on
       // without the window, and then there is nothing left to run for.
-      context_.loop.RemoveForm(Handle());
+      site_.context.loop.RemoveForm(Handle());
       EndProgram();
       break;
     case WM_ACTIVATE:

@@ -7,7 +7,7 @@
 
 namespace tarvelin {
 
-class FormWindow : public WindowPeer<FormPeer, ContainerWindow> {
+class FormWindow : public WindowPeer<TForm, ContainerWindow, FormPeer>, public FormHost {
  public:
   FormWindow(TForm& form, PeerContext& context, const FormFrame& frame);
   ~FormWindow() override;
@@ -15,14 +15,10 @@ class FormWindow : public WindowPeer<FormPeer, ContainerWindow> {
   void Show() override;
   void RunModal() override;
 
-  // Gives the focus to a control's window, as soon as this form is the active one.
-  void Focus(HWND control);
-  // Gives the focus to the control before that one in the Tab order.
-  void FocusBefore(HWND control);
-
-  // A number for a new control. A button also gets the keys that go with it.
-  [[nodiscard]] int AddControl() { return nextId_++; }
-  [[nodiscard]] int AddButton(TButton& button);
+  void Focus(HWND control) override;
+  void FocusBefore(HWND control) override;
+  [[nodiscard]] int AddControl() override { return nextId_++; }
+  [[nodiscard]] int AddButton(TButton& button) override;
 
  protected:
   LRESULT Process(UINT message, WPARAM wParam, LPARAM lParam) override;
@@ -37,7 +33,6 @@ class FormWindow : public WindowPeer<FormPeer, ContainerWindow> {
   [[nodiscard]] LRESULT DefaultButtonId() const;
   void SettingsChanged(const MSG& message);
 
-  TForm& form_;
   FormFrame frame_;
   DWORD style_;
   bool modal_ = false;

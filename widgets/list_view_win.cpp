@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "widgets/controls_win.h"
@@ -15,39 +16,21 @@ namespace {
 constexpr UINT kCheckedState = 2;  // numbers of the images of LVS_EX_CHECKBOXES
 constexpr UINT kUncheckedState = 1;
 
-// Keeps a window from painting while it is changed row by row.
-class RedrawGuard {
+// Shows a list in a SysListView32 that has no rows of its own (LVS_OWNERDATA): it knows how many
+// there are, which one is selected and which has the focus, and asks for everything else when it
+// paints or is read.
+class ListPeer : public WindowPeer<TListView, Window, ListViewPeer> {
  public:
-  explicit RedrawGuard(HWND window) : window_(window) {
-    SendMessageW(window, WM_SETREDRAW, FALSE, 0);
-  }
-  RedrawGuard(const RedrawGuard&) = delete;
-  RedrawGuard& operator=(const RedrawGuard&) = delete;
-  ~RedrawGuard() {
-    SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
-    InvalidateRect(window_, nullptr, TRUE);
-  }
+  ListPeer(TListView& list, const Site& site);
 
- private:
-  HWND window_;
-};
-
-// Mirrors a list in a SysListView32. The control keeps no texts and images: it asks for them when
-// it paints or is read, so that a long list costs little and a changed row only a repaint.
-class ListPeer : public WindowPeer<ListViewPeer> {
- public:
-  ListPeer(TListView& list, PeerContext& context, FormWindow& form, HWND parent);
-
-  int ClientWidth() override;
-  void ItemInserted(int index) override;
-  void ItemChanged(int index) override;
-  void ItemDeleted(int index) override;
+  int ClientWidth(int width) override;
+  void RowsAdded() override;
+  void RowDeleted(int index) override;
+  void RowChanged(int index) override;
   void CheckChanged(int index) override;
   void SelectionChanged() override;
   void ColumnsChanged() override;
   void CheckBoxesChanged() override;
-  void BeginUpdate() override { updating_ = true; }
-  void EndUpdate() override;
 
  protected:
   LRESULT Process(UINT message, WPARAM wParam, LPARAM lParam) override;
@@ -75,35 +58,35 @@ class ListPeer : public WindowPeer<ListViewPeer> {
   }
   // Rows that the control shows; those added in an update are still missing.
   [[nodiscard]] int Shown() const { return static_cast<int>(Send(LVM_GETITEMCOUNT)); }
+  void Show(int rows);
   [[nodiscard]] int NextItem(UINT flags) const {
     return static_cast<int>(
         Send(LVM_GETNEXTITEM, static_cast<WPARAM>(-1), static_cast<LPARAM>(flags)));
   }
   void SetState(int index, UINT state, UINT mask);
-  void ShowRow(int index);
+  [[nodiscard]] UINT Mark(int index) const;
   void FillIn(LVITEMW& item) const;
   LRESULT DrawRow(NMLVCUSTOMDRAW& draw) const;
+  void Toggle(int index);
+  void Clicked(const NMITEMACTIVATE& click);
   void RowReported(const NMLISTVIEW& change);
   void ReportSelection(int index);
   void ColumnReported(const NMHEADERW& change);
 
-  TListView& list_;
   std::vector<TListColumn> shownColumns_;
-  bool updating_ = false;
   int mirroring_ = 0;
   int processing_ = 0;
   bool deselected_ = false;
 };
 
-ListPeer::ListPeer(TListView& list, PeerContext& context, FormWindow& form, HWND parent)
-    : WindowPeer(list, context, &form), list_(list) {
+ListPeer::ListPeer(TListView& list, const Site& site) : WindowPeer(list, site) {
   const Mirroring mirroring(*this);
-  CreateSystem({WC_LISTVIEWW,
-                WS_CHILD | WS_TABSTOP | LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS |
-                    LVS_NOSORTHEADER | LVS_SHAREIMAGELISTS,
-                0, parent, form.AddControl()});
+  CreateSystem({WC_LISTVIEWW, WS_CHILD | WS_TABSTOP | LVS_REPORT | LVS_SINGLESEL |
+                                  LVS_SHOWSELALWAYS | LVS_NOSORTHEADER | LVS_SHAREIMAGELISTS |
+                                  LVS_OWNERDATA});
   const DWORD style = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_INFOTIP | LVS_EX_LABELTIP;
   Send(LVM_SETEXTENDEDLISTVIEWSTYLE, style, style);
+  Send(LVM_SETCALLBACKMASK, LVIS_STATEIMAGEMASK);
   if (const auto images = ImagesOf(list.SmallImages())) {
     Send(LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(images));
   }
@@ -113,57 +96,46 @@ ListPeer::ListPeer(TListView& list, PeerContext& context, FormWindow& form, HWND
   }
   ColumnsChanged();
   CheckBoxesChanged();
-  EndUpdate();
+  RowsAdded();
   SelectionChanged();
 }
 
 // ---- From the component ----
 
-int ListPeer::ClientWidth() {
+int ListPeer::ClientWidth(int) {
   RECT area{};
   GetClientRect(Handle(), &area);
   return area.right;
 }
 
-void ListPeer::ItemInserted(int index) {
-  if (!updating_) ShowRow(index);
-}
-
-void ListPeer::ShowRow(int index) {
+void ListPeer::Show(int rows) {
   const Mirroring mirroring(*this);
-  LVITEMW item{};
-  item.mask = LVIF_TEXT | LVIF_IMAGE;
-  item.iItem = index;
-  item.pszText = LPSTR_TEXTCALLBACKW;
-  item.iImage = I_IMAGECALLBACK;
-  SendWith(LVM_INSERTITEMW, 0, item);
-  for (std::size_t column = 1; column < list_.Columns().size(); ++column) {
-    item.iSubItem = static_cast<int>(column);
-    SendWith(LVM_SETITEMTEXTW, static_cast<WPARAM>(index), item);
-  }
-  if (list_.CheckBoxes()) CheckChanged(index);
+  Send(LVM_SETITEMCOUNT, static_cast<WPARAM>(rows), LVSICF_NOSCROLL);
 }
 
-void ListPeer::EndUpdate() {
-  updating_ = false;
-  const int shown = Shown();
-  if (shown == list_.Count()) return;
-  const RedrawGuard redraw(Handle());
-  Send(LVM_SETITEMCOUNT, static_cast<WPARAM>(list_.Count()));
-  for (int index = shown; index < list_.Count(); ++index) ShowRow(index);
+void ListPeer::RowsAdded() {
+  if (Shown() != component_.Count()) Show(component_.Count());
 }
 
-void ListPeer::ItemChanged(int index) { Send(LVM_REDRAWITEMS, static_cast<WPARAM>(index), index); }
+void ListPeer::RowDeleted(int index) {
+  const int rows = Shown() - 1;
+  if (index > rows) return;
+  // The keyboard goes on from the row that took the deleted one's place; nothing is selected. The
+  // focus leaves that place first, since only a focus that comes is told to screen readers.
+  int focused = NextItem(LVNI_FOCUSED);
+  if (focused < 0) focused = index;
+  if (focused > index || focused == rows) --focused;
+  SetState(-1, 0, LVIS_FOCUSED | LVIS_SELECTED);
+  Show(rows);
+  if (rows > 0) SetState(focused, LVIS_FOCUSED, LVIS_FOCUSED);
+  SelectionChanged();
+}
 
-void ListPeer::ItemDeleted(int index) {
-  if (index >= Shown()) return;
-  const Mirroring mirroring(*this);
-  Send(LVM_DELETEITEM, static_cast<WPARAM>(index));
-  // The keyboard goes on from the row that took the deleted one's place; nothing is selected.
-  const int last = Shown() - 1;
-  if (last >= 0 && NextItem(LVNI_FOCUSED) < 0) {
-    SetState(std::min(index, last), LVIS_FOCUSED, LVIS_FOCUSED);
-  }
+void ListPeer::RowChanged(int index) { Send(LVM_REDRAWITEMS, static_cast<WPARAM>(index), index); }
+
+void ListPeer::CheckChanged(int index) {
+  RowChanged(index);
+  NotifyWinEvent(EVENT_OBJECT_STATECHANGE, Handle(), OBJID_CLIENT, index + 1);
 }
 
 void ListPeer::SetState(int index, UINT state, UINT mask) {
@@ -174,14 +146,8 @@ void ListPeer::SetState(int index, UINT state, UINT mask) {
   SendWith(LVM_SETITEMSTATE, static_cast<WPARAM>(index), item);
 }
 
-void ListPeer::CheckChanged(int index) {
-  const bool checked = list_.Item(index).checked;
-  SetState(index, INDEXTOSTATEIMAGEMASK(checked ? kCheckedState : kUncheckedState),
-           LVIS_STATEIMAGEMASK);
-}
-
 void ListPeer::SelectionChanged() {
-  const int index = list_.SelectedIndex();
+  const int index = component_.SelectedIndex();
   if (index == NextItem(LVNI_SELECTED)) return;
   if (index < 0) {
     SetState(-1, 0, LVIS_SELECTED);
@@ -193,10 +159,10 @@ void ListPeer::SelectionChanged() {
 
 void ListPeer::ColumnsChanged() {
   const Mirroring mirroring(*this);
-  shownColumns_.resize(list_.Columns().size());
+  shownColumns_.resize(component_.Columns().size());
   for (std::size_t index = 0; index < shownColumns_.size(); ++index) {
     TListColumn& shown = shownColumns_[index];
-    const TListColumn& wanted = list_.Columns()[index];
+    const TListColumn& wanted = component_.Columns()[index];
     // The header would flicker if it were given what it has.
     if (shown.caption == wanted.caption && shown.width == wanted.width) continue;
     shown = wanted;
@@ -209,62 +175,28 @@ void ListPeer::ColumnsChanged() {
 }
 
 void ListPeer::CheckBoxesChanged() {
-  const Mirroring mirroring(*this);
-  Send(LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_CHECKBOXES, list_.CheckBoxes() ? LVS_EX_CHECKBOXES : 0);
-  if (!list_.CheckBoxes()) return;
-  for (int index = Shown() - 1; index >= 0; --index) CheckChanged(index);
+  Send(LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_CHECKBOXES,
+       component_.CheckBoxes() ? LVS_EX_CHECKBOXES : 0);
 }
 
-// ---- From the user ----
+// ---- What the control asks for ----
 
-LRESULT ListPeer::Process(UINT message, WPARAM wParam, LPARAM lParam) {
-  if (message == WM_NOTIFY) {
-    const auto& header = *reinterpret_cast<const NMHDR*>(lParam);
-    if (header.code == HDN_ITEMCHANGEDW) {
-      const LRESULT result = WindowPeer::Process(message, wParam, lParam);
-      ColumnReported(*reinterpret_cast<const NMHEADERW*>(lParam));
-      return result;
-    }
-  }
-  // Moving the selection reports a deselected row and then a selected one. Only when the control is
-  // through with a message is it known that a row was deselected for good.
-  ++processing_;
-  const LRESULT result = WindowPeer::Process(message, wParam, lParam);
-  if (--processing_ == 0 && deselected_ && message != WM_NCDESTROY) {
-    ReportSelection(NextItem(LVNI_SELECTED));
-  }
-  return result;
-}
-
-std::optional<LRESULT> ListPeer::Reflected(UINT message, WPARAM, LPARAM lParam) {
-  if (message != WM_NOTIFY) return std::nullopt;
-  auto& header = *reinterpret_cast<NMHDR*>(lParam);
-  switch (header.code) {
-    case LVN_GETDISPINFOW:
-      FillIn(reinterpret_cast<NMLVDISPINFOW*>(lParam)->item);
-      return 0;
-    case NM_CUSTOMDRAW:
-      return DrawRow(*reinterpret_cast<NMLVCUSTOMDRAW*>(lParam));
-    case LVN_ITEMCHANGED:
-      if (!mirroring_) RowReported(*reinterpret_cast<const NMLISTVIEW*>(lParam));
-      return 0;
-    case NM_DBLCLK:
-      Run([this] { list_.DoubleClick(); });
-      return 0;
-    default:
-      return std::nullopt;
-  }
+UINT ListPeer::Mark(int index) const {
+  if (!component_.CheckBoxes()) return 0;
+  return INDEXTOSTATEIMAGEMASK(component_.Item(index).checked ? kCheckedState : kUncheckedState);
 }
 
 void ListPeer::FillIn(LVITEMW& item) const {
-  // While a row is being deleted the control may still ask for the one behind the end.
-  const bool known = item.iItem >= 0 && item.iItem < list_.Count();
-  const TListItem* row = known ? &list_.Item(item.iItem) : nullptr;
+  // While the program changes the list the control may still ask for a row that has gone.
+  const bool known = item.iItem >= 0 && item.iItem < component_.Count();
+  const TListItem* row = known ? &component_.Item(item.iItem) : nullptr;
   if (item.mask & LVIF_IMAGE) {
-    const int image =
-        row && list_.SmallImages() ? list_.SmallImages()->StoredImage(row->imageIndex) : -1;
+    const int image = row && component_.SmallImages()
+                          ? component_.SmallImages()->StoredImage(row->imageIndex)
+                          : -1;
     item.iImage = image < 0 ? I_IMAGENONE : image;
   }
+  if ((item.mask & LVIF_STATE) && row) item.state = Mark(item.iItem);
   if ((item.mask & LVIF_TEXT) && item.pszText && item.cchTextMax > 0) {
     std::wstring_view text;
     const auto subItem = static_cast<std::size_t>(item.iSubItem);
@@ -282,7 +214,7 @@ void ListPeer::FillIn(LVITEMW& item) const {
 LRESULT ListPeer::DrawRow(NMLVCUSTOMDRAW& draw) const {
   if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
   if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT ||
-      static_cast<int>(draw.nmcd.dwItemSpec) != list_.SelectedIndex()) {
+      static_cast<int>(draw.nmcd.dwItemSpec) != component_.SelectedIndex()) {
     return CDRF_DODEFAULT;
   }
   draw.nmcd.uItemState &= ~static_cast<UINT>(CDIS_SELECTED);
@@ -293,28 +225,94 @@ LRESULT ListPeer::DrawRow(NMLVCUSTOMDRAW& draw) const {
   return CDRF_NEWFONT;
 }
 
-void ListPeer::RowReported(const NMLISTVIEW& change) {
-  if (!(change.uChanged & LVIF_STATE) || change.iItem >= list_.Count()) return;
-  const UINT changed = change.uOldState ^ change.uNewState;
-  if (changed & LVIS_SELECTED) {
-    if (change.uNewState & LVIS_SELECTED) {
-      ReportSelection(change.iItem);
-    } else {
-      deselected_ = true;
+// ---- From the user ----
+
+LRESULT ListPeer::Process(UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == WM_NOTIFY) {
+    const auto& header = *reinterpret_cast<const NMHDR*>(lParam);
+    if (header.code == HDN_ITEMCHANGEDW) {
+      const LRESULT result = WindowPeer::Process(message, wParam, lParam);
+      ColumnReported(*reinterpret_cast<const NMHEADERW*>(lParam));
+      return result;
     }
   }
-  // A row without a check mark gets its first one from the program.
-  if ((changed & LVIS_STATEIMAGEMASK) && (change.uOldState & LVIS_STATEIMAGEMASK) &&
-      change.iItem >= 0) {
-    const bool checked =
-        (change.uNewState & LVIS_STATEIMAGEMASK) == INDEXTOSTATEIMAGEMASK(kCheckedState);
-    Report([&] { list_.SetChecked(change.iItem, checked); });
+  if (message == LVM_SETITEMSTATE) {
+    // From another program, such as a screen reader's "toggle": the control has no marks to set.
+    const auto& item = *reinterpret_cast<const LVITEMW*>(lParam);
+    const auto index = static_cast<int>(wParam);
+    if ((item.stateMask & LVIS_STATEIMAGEMASK) && index >= 0 && index < component_.Count() &&
+        (item.state & LVIS_STATEIMAGEMASK) != Mark(index)) {
+      Toggle(index);
+    }
+  }
+  // Moving the selection reports a deselected row and then a selected one. Only when the control is
+  // through with a message is it known that a row was deselected for good.
+  ++processing_;
+  const LRESULT result = WindowPeer::Process(message, wParam, lParam);
+  if (--processing_ == 0 && std::exchange(deselected_, false) && message != WM_NCDESTROY) {
+    ReportSelection(NextItem(LVNI_SELECTED));
+  }
+  return result;
+}
+
+std::optional<LRESULT> ListPeer::Reflected(UINT message, WPARAM, LPARAM lParam) {
+  if (message != WM_NOTIFY) return std::nullopt;
+  auto& header = *reinterpret_cast<NMHDR*>(lParam);
+  switch (header.code) {
+    case LVN_GETDISPINFOW:
+      FillIn(reinterpret_cast<NMLVDISPINFOW*>(lParam)->item);
+      return 0;
+    case LVN_ODFINDITEMW: {
+      const auto& search = *reinterpret_cast<const NMLVFINDITEMW*>(lParam);
+      const bool text = (search.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL)) != 0;
+      return text ? component_.FindCaption(search.lvfi.psz, search.iStart) : -1;
+    }
+    case NM_CUSTOMDRAW:
+      return DrawRow(*reinterpret_cast<NMLVCUSTOMDRAW*>(lParam));
+    case LVN_ITEMCHANGED:
+      if (!mirroring_) RowReported(*reinterpret_cast<const NMLISTVIEW*>(lParam));
+      return 0;
+    case NM_CLICK:
+      Clicked(*reinterpret_cast<const NMITEMACTIVATE*>(lParam));
+      return 0;
+    case LVN_KEYDOWN:
+      if (reinterpret_cast<const NMLVKEYDOWN*>(lParam)->wVKey == VK_SPACE) {
+        Toggle(NextItem(LVNI_FOCUSED));
+      }
+      return 0;
+    case NM_DBLCLK:
+      Run([this] { component_.DoubleClick(); });
+      return 0;
+    default:
+      return std::nullopt;
+  }
+}
+
+void ListPeer::Toggle(int index) {
+  if (!component_.CheckBoxes() || index < 0) return;
+  Run([&] { component_.SetChecked(index, !component_.Item(index).checked); });
+}
+
+void ListPeer::Clicked(const NMITEMACTIVATE& click) {
+  LVHITTESTINFO hit{};
+  hit.pt = click.ptAction;
+  SendWith(LVM_HITTEST, 0, hit);
+  if (hit.flags == LVHT_ONITEMSTATEICON) Toggle(hit.iItem);
+}
+
+void ListPeer::RowReported(const NMLISTVIEW& change) {
+  if (!(change.uChanged & LVIF_STATE) || change.iItem >= component_.Count()) return;
+  if (!((change.uOldState ^ change.uNewState) & LVIS_SELECTED)) return;
+  if (change.uNewState & LVIS_SELECTED) {
+    ReportSelection(change.iItem);
+  } else {
+    deselected_ = true;
   }
 }
 
 void ListPeer::ReportSelection(int index) {
   deselected_ = false;
-  Report([&] { list_.SetSelectedIndex(index); });
+  Report([&] { component_.SetSelectedIndex(index); });
 }
 
 void ListPeer::ColumnReported(const NMHEADERW& change) {
@@ -323,14 +321,13 @@ void ListPeer::ColumnReported(const NMHEADERW& change) {
   if (index >= shownColumns_.size()) return;
   // The user drew the column to another width; fitting the last one counts with it.
   shownColumns_[index].width = change.pitem->cxy;
-  Report([&] { list_.SetColumnWidth(index, change.pitem->cxy); });
+  Report([&] { component_.SetColumnWidth(index, change.pitem->cxy); });
 }
 
 }  // namespace
 
-std::unique_ptr<ControlPeer> MakeListViewPeer(TListView& list, PeerContext& context,
-                                              FormWindow& form, HWND parent) {
-  return std::make_unique<ListPeer>(list, context, form, parent);
+std::unique_ptr<ControlPeer> MakeListPeer(TControl& control, const Site& site) {
+  return MakePeerIf<ListPeer>(control, site);
 }
 
 }  // namespace tarvelin

@@ -110,11 +110,4 @@ TControl* TGroupBar::FocusTarget(const TControl& from, Move move) const {
   return std::next(at) == order.end() ? *at : *std::next(at);
 }
 
-TGroup* TGroupBar::GroupOf(const TControl& control) const {
-  for (TGroup* group : groups_) {
-    if (group == &control || group == control.Parent()) return group;
-  }
-  return nullptr;
-}
-
 }  // namespace tarvelin

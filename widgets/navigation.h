@@ -80,8 +80,6 @@ class TGroupBar : public TControl {
   // The control that gets the focus, of the groups (their headers) and the items of open groups
   // from top to bottom; it does not wrap around.
   [[nodiscard]] TControl* FocusTarget(const TControl& from, Move move) const;
-  // The group that a group's header or an item belongs to; null for anything else.
-  [[nodiscard]] TGroup* GroupOf(const TControl& control) const;
 
   [[nodiscard]] TImageList* SmallImages() const { return smallImages_; }
   void SetSmallImages(TImageList* images) { smallImages_ = images; }

@@ -3,6 +3,7 @@
 #include <commctrl.h>
 
 #include "widgets/controls_win.h"
+#include "widgets/navigation.h"
 
 namespace tarvelin {
 
@@ -15,15 +16,14 @@ constexpr COLORREF kSelectedBackground = RGB(0xDC, 0xE9, 0xF8);
 constexpr COLORREF kHotBackground = RGB(0xF0, 0xF6, 0xFD);
 
 // The bar is one Tab stop; inside it the arrow keys move the focus.
-class GroupBarPeer : public WindowPeer<ControlPeer, ContainerWindow> {
+class GroupBarPeer : public WindowPeer<TGroupBar, ContainerWindow> {
  public:
-  GroupBarPeer(TGroupBar& bar, PeerContext& context, FormWindow& form, HWND parent)
-      : WindowPeer(bar, context, &form), bar_(bar) {
-    CreateOwn({L"TarvelinGroupBar", WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS,
-               WS_EX_CONTROLPARENT, parent, form.AddControl()});
+  GroupBarPeer(TGroupBar& bar, const Site& site) : WindowPeer(bar, site) {
+    CreateOwn(
+        {L"TarvelinGroupBar", WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, WS_EX_CONTROLPARENT});
   }
 
-  [[nodiscard]] TGroupBar& Bar() const { return bar_; }
+  [[nodiscard]] TGroupBar& Bar() const { return component_; }
 
   // Makes that button the one which Tab reaches.
   void MoveTabStop(HWND button) {
@@ -39,22 +39,19 @@ class GroupBarPeer : public WindowPeer<ControlPeer, ContainerWindow> {
   [[nodiscard]] HWND TabStop() const { return tabStop_; }
 
  private:
-  TGroupBar& bar_;
   HWND tabStop_ = nullptr;
 };
-
-GroupBarPeer& BarOf(const TGroup& group) {
-  return dynamic_cast<GroupBarPeer&>(*group.Parent()->Peer());
-}
 
 // A header or an item: an owner-drawn button, which screen readers know by its caption.
 class NavigationButton : public Window {
  protected:
-  NavigationButton(TControl& control, TGroup& group, PeerContext& context, FormWindow& form)
-      : Window(control, context, &form), group_(group), bar_(BarOf(group)) {}
+  NavigationButton(TControl& control, const Site& site)
+      : Window(control, site),
+        group_(dynamic_cast<TGroup&>(*control.Parent())),
+        bar_(dynamic_cast<GroupBarPeer&>(*group_.Parent()->Peer())) {}
 
-  void CreateButton(HWND parent) {
-    CreateSystem({WC_BUTTONW, WS_CHILD | BS_OWNERDRAW, 0, parent, Form().AddControl()});
+  void CreateButton() {
+    CreateSystem({WC_BUTTONW, WS_CHILD | BS_OWNERDRAW});
     if (!bar_.TabStop()) bar_.MoveTabStop(Handle());
   }
 
@@ -62,6 +59,8 @@ class NavigationButton : public Window {
   std::optional<LRESULT> Reflected(UINT message, WPARAM wParam, LPARAM lParam) override;
   void Apply(Change change) override;
   virtual void Click() = 0;
+  // What stands for this button in the bar's order of focus.
+  [[nodiscard]] virtual const TControl& Stop() const { return control_; }
   virtual void Draw(HDC dc, const RECT& area) = 0;
 
   [[nodiscard]] bool Hot() const { return hot_; }
@@ -135,8 +134,8 @@ std::optional<LRESULT> NavigationButton::Reflected(UINT message, WPARAM wParam, 
 void NavigationButton::Apply(Change change) {
   if (change == Change::Visible && !control_.Visible()) {
     // The group was closed over the item.
-    const HWND header = dynamic_cast<Window&>(*group_.Peer()).FocusHandle();
-    if (HasFocus()) Form().Focus(header);
+    const HWND header = WindowOf(*group_.HeaderImage());
+    if (HasFocus()) site_.form.Focus(header);
     if (bar_.TabStop() == Handle()) bar_.MoveTabStop(header);
   }
   Window::Apply(change);
@@ -174,7 +173,7 @@ bool NavigationButton::Key(WPARAM key) {
 void NavigationButton::MoveFocus(TGroupBar::Move move) {
   // Whoever moves by keyboard wants to see the focus.
   SendMessageW(Handle(), WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
-  if (TControl* target = bar_.Bar().FocusTarget(control_, move)) target->SetFocus();
+  if (TControl* target = bar_.Bar().FocusTarget(Stop(), move)) target->SetFocus();
 }
 
 void NavigationButton::SetHot(bool hot) {
@@ -194,103 +193,90 @@ void DrawFocus(HDC dc, RECT area) {
 }
 
 // The header of a group: the strip's picture with the label's caption over it.
-class HeaderButton : public NavigationButton {
+class HeaderPeer : public WindowPeer<TImageNote, NavigationButton> {
  public:
-  HeaderButton(TGroup& group, PeerContext& context, FormWindow& form, HWND parent)
-      : NavigationButton(group, group, context, form), label_(*group.HeaderLabel()) {
-    CreateButton(parent);
+  HeaderPeer(TImageNote& image, const Site& site)
+      : WindowPeer(image, site), bitmap_(image.Picture()) {
+    CreateButton();
   }
-
-  void PictureChanged() {
-    bitmap_ = PictureBitmap(group_.HeaderImage()->Picture());
-    Invalidate();
-  }
-  void CaptionChanged() { NavigationButton::Apply(Change::Caption); }
 
  protected:
-  std::wstring WindowText() const override { return Literal(label_.Caption()); }
-  RECT WindowBounds() const override { return ToRect(group_.HeaderImage()->Bounds()); }
+  std::wstring WindowText() const override { return Literal(Label().Caption()); }
+
+  void Apply(Change change) override {
+    if (change == Change::Picture) bitmap_ = PictureBitmap(component_.Picture());
+    NavigationButton::Apply(change);
+  }
 
   void Click() override { group_.ClickHeader(); }
+  const TControl& Stop() const override { return group_; }
 
   void Draw(HDC dc, const RECT& area) override {
-    COLORREF color = label_.FontColor();
+    COLORREF color = kBlack;
     if (HighContrast()) {
       color = GetSysColor(COLOR_BTNTEXT);
       Fill(dc, area, GetSysColor(COLOR_BTNFACE));
       FrameRect(dc, &area, GetSysColorBrush(COLOR_BTNTEXT));
     } else {
       Fill(dc, area, bar_.Bar().Color());
-      bitmap_.Draw(dc, area, group_.HeaderImage()->stretch);
+      bitmap_.Draw(dc, area, component_.stretch);
     }
     RECT text = area;
-    text.left = label_.Bounds().left;
+    text.left = Label().Bounds().left;
     text.right -= GetSystemMetrics(SM_CXSMICON) + 4;  // the picture's arrow
-    const LabelStyle style = label_.Style();
-    DrawTextLine(dc, context_.fonts.Of(style), color, label_.Caption(), text);
+    DrawTextLine(dc, site_.context.fonts.Of(Label().Style()), color, Label().Caption(), text);
     if (FocusShown()) DrawFocus(dc, {area.left + 2, area.top + 2, area.right - 2, area.bottom - 2});
   }
 
  private:
-  TLabel& label_;
+  [[nodiscard]] const TLabel& Label() const { return *group_.HeaderLabel(); }
+
   PictureBitmap bitmap_;
 };
 
-// The header's strip and label are shown by the header button.
-class HeaderPart : public ControlPeer {
+// The label of a header, which the header shows.
+class HeaderLabelPeer : public ControlPeer {
  public:
-  explicit HeaderPart(HeaderButton& header) : header_(header) {}
+  explicit HeaderLabelPeer(const TGroup& group) : group_(group) {}
   void Changed(Change change) override {
-    if (change == Change::Picture) header_.PictureChanged();
-    if (change == Change::Caption) header_.CaptionChanged();
+    if (change == Change::Caption) group_.HeaderImage()->Peer()->Changed(change);
   }
 
  private:
-  HeaderButton& header_;
+  const TGroup& group_;
 };
 
-class GroupPeer : public WindowPeer<ControlPeer, ContainerWindow> {
+class GroupPeer : public WindowPeer<TGroup, ContainerWindow> {
  public:
-  GroupPeer(TGroup& group, PeerContext& context, FormWindow& form, HWND parent)
-      : WindowPeer(group, context, &form) {
-    CreateOwn({L"TarvelinGroup", WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, WS_EX_CONTROLPARENT,
-               parent, form.AddControl()});
-    header_ = std::make_unique<HeaderButton>(group, context, form, Handle());
-    header_->PictureChanged();
+  GroupPeer(TGroup& group, const Site& site) : WindowPeer(group, site) {
+    CreateOwn(
+        {L"TarvelinGroup", WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, WS_EX_CONTROLPARENT});
   }
 
-  [[nodiscard]] HWND FocusHandle() const override { return header_->Handle(); }
-  [[nodiscard]] HeaderButton& Header() const { return *header_; }
-
- private:
-  std::unique_ptr<HeaderButton> header_;
+  [[nodiscard]] HWND FocusHandle() const override { return WindowOf(*component_.HeaderImage()); }
 };
 
-class GroupItemPeer : public WindowPeer<ControlPeer, NavigationButton> {
+class GroupItemPeer : public WindowPeer<TGroupItem, NavigationButton> {
  public:
-  GroupItemPeer(TGroupItem& item, TGroup& group, PeerContext& context, FormWindow& form,
-                HWND parent)
-      : WindowPeer(item, group, context, form), item_(item) {
-    CreateButton(parent);
-  }
+  GroupItemPeer(TGroupItem& item, const Site& site) : WindowPeer(item, site) { CreateButton(); }
 
  protected:
-  std::wstring WindowText() const override { return Literal(item_.Caption()); }
+  std::wstring WindowText() const override { return Literal(component_.Caption()); }
 
   void Apply(Change change) override {
     // The selected item is the one that Tab reaches, unless the focus is elsewhere in the bar.
-    if (change == Change::Color && item_.Selected() && !IsChild(bar_.Handle(), GetFocus())) {
+    if (change == Change::Color && component_.Selected() && !IsChild(bar_.Handle(), GetFocus())) {
       bar_.MoveTabStop(Handle());
     }
     NavigationButton::Apply(change);
   }
 
-  void Click() override { item_.Click(); }
+  void Click() override { component_.Click(); }
 
   void Draw(HDC dc, const RECT& area) override {
-    COLORREF color = TextColor(item_.FontColor());
+    COLORREF color = TextColor(component_.FontColor());
     COLORREF background = BackgroundColor(group_.Color());
-    if (item_.Selected()) {
+    if (component_.Selected()) {
       background = HighContrast() ? GetSysColor(COLOR_HIGHLIGHT) : kSelectedBackground;
       if (HighContrast()) color = GetSysColor(COLOR_HIGHLIGHTTEXT);
     } else if (Hot() && !HighContrast()) {
@@ -299,40 +285,25 @@ class GroupItemPeer : public WindowPeer<ControlPeer, NavigationButton> {
     Fill(dc, area, background);
 
     const TImageList* images = bar_.Bar().SmallImages();
-    const int image = images ? images->StoredImage(item_.ImageIndex()) : -1;
+    const int image = images ? images->StoredImage(component_.ImageIndex()) : -1;
     if (image >= 0) {
       ImageList_Draw(ImagesOf(images), image, dc, area.left + kIconLeft,
                      area.top + (area.bottom - area.top - kIconSide) / 2, ILD_TRANSPARENT);
     }
-    DrawTextLine(dc, context_.fonts.Plain(), color, item_.Caption(),
+    DrawTextLine(dc, site_.context.fonts.Plain(), color, component_.Caption(),
                  {area.left + kTextLeft, area.top, area.right - 2, area.bottom});
     if (FocusShown()) DrawFocus(dc, area);
   }
-
- private:
-  TGroupItem& item_;
 };
 
 }  // namespace
 
-std::unique_ptr<ControlPeer> MakeGroupBarPeer(TGroupBar& bar, PeerContext& context,
-                                              FormWindow& form, HWND parent) {
-  return std::make_unique<GroupBarPeer>(bar, context, form, parent);
-}
-
-std::unique_ptr<ControlPeer> MakeGroupPeer(TGroup& group, PeerContext& context, FormWindow& form,
-                                           HWND parent) {
-  return std::make_unique<GroupPeer>(group, context, form, parent);
-}
-
-std::unique_ptr<ControlPeer> MakeGroupItemPeer(TGroupItem& item, PeerContext& context,
-                                               FormWindow& form, HWND parent) {
-  return std::make_unique<GroupItemPeer>(item, dynamic_cast<TGroup&>(*item.Parent()), context, form,
-                                         parent);
-}
-
-std::unique_ptr<ControlPeer> MakeHeaderPartPeer(const TGroup& group) {
-  return std::make_unique<HeaderPart>(dynamic_cast<GroupPeer&>(*group.Peer()).Header());
+std::unique_ptr<ControlPeer> MakeNavigationPeer(TControl& control, const Site& site) {
+  if (const auto* group = dynamic_cast<const TGroup*>(control.Parent())) {
+    if (&control == group->HeaderImage()) return MakePeerIf<HeaderPeer>(control, site);
+    if (&control == group->HeaderLabel()) return std::make_unique<HeaderLabelPeer>(*group);
+  }
+  return MakePeerOf<GroupItemPeer, GroupPeer, GroupBarPeer>(control, site);
 }
 
 }  // namespace tarvelin

@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <exception>
+#include <string>
 #include <unordered_map>
 
 #include "widgets/commands.h"
@@ -25,6 +27,18 @@ struct PeerContext {
   std::unordered_map<HWND, Window*> windows{};  // those that exist, by handle
 };
 
+// Windows refused a window.
+class WindowsError : public std::exception {
+ public:
+  WindowsError();  // for the reason of the last refusal (GetLastError)
+  // What Windows says about it, in the system's language.
+  [[nodiscard]] const std::wstring& Reason() const { return reason_; }
+  [[nodiscard]] const char* what() const noexcept override { return "a window was refused"; }
+
+ private:
+  std::wstring reason_;
+};
+
 // What the form's description does not hold of its window.
 struct FormFrame {
   // The window that the form belongs to. A form with an owner is a dialog: it has no minimise
@@ -37,7 +51,7 @@ struct FormFrame {
 
 // Creates the window of a form and of everything in it, hidden until the form is shown. The class
 // of the form's window is "T" and the form's name. `form.SetPeer(nullptr)` destroys the windows.
-// Throws std::bad_alloc when Windows refuses one.
+// Throws WindowsError when Windows refuses one.
 void AttachPeers(TForm& form, PeerContext& context, const FormFrame& frame);
 
 // The window of a control that has one, null before AttachPeers.

@@ -2,9 +2,7 @@
 
 #include <windows.h>
 
-#include <new>
-
-#include "widgets/form_win.h"
+#include "common/text.h"
 
 namespace tarvelin {
 
@@ -51,10 +49,14 @@ bool IsInput(UINT message) {
 
 }  // namespace
 
-// ---- The link between object and window ----
+WindowsError::WindowsError() {
+  wchar_t reason[512] = L"";
+  FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                 GetLastError(), 0, reason, 512, nullptr);
+  reason_ = Trim(reason);
+}
 
-Window::Window(TControl& control, PeerContext& context, FormWindow* form)
-    : control_(control), context_(context), form_(form) {}
+// ---- The link between object and window ----
 
 Window::~Window() {
   if (!handle_) return;
@@ -63,7 +65,7 @@ Window::~Window() {
 }
 
 void Window::Unlink() {
-  context_.windows.erase(handle_);
+  site_.context.windows.erase(handle_);
   SetWindowLongPtrW(handle_, GWLP_USERDATA, 0);
   handle_ = nullptr;
 }
@@ -73,26 +75,27 @@ void Window::Create(const Creation& creation, void* parameter) {
   const bool child = (creation.style & WS_CHILD) != 0;
   const DWORD state =
       (child && control_.Visible() ? WS_VISIBLE : 0) | (control_.Enabled() ? 0 : WS_DISABLED);
+  const int id = creation.id || !child ? creation.id : site_.form.AddControl();
   handle_ = CreateWindowExW(
       creation.exStyle, creation.windowClass, WindowText().c_str(), creation.style | state,
       bounds.left, bounds.top, bounds.right - bounds.left, bounds.bottom - bounds.top,
-      creation.parent, child ? reinterpret_cast<HMENU>(static_cast<INT_PTR>(creation.id)) : nullptr,
-      context_.instance, parameter);
-  if (!handle_) throw std::bad_alloc();
-  context_.windows[handle_] = this;
+      site_.parent ? site_.parent->Handle() : creation.owner,
+      reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), site_.context.instance, parameter);
+  if (!handle_) throw WindowsError();
+  site_.context.windows[handle_] = this;
 }
 
 void Window::CreateOwn(const Creation& creation) {
   WNDCLASSEXW own{};
   own.cbSize = sizeof own;
-  if (!GetClassInfoExW(context_.instance, creation.windowClass, &own)) {
+  if (!GetClassInfoExW(site_.context.instance, creation.windowClass, &own)) {
     own.lpfnWndProc = Procedure;
-    own.hInstance = context_.instance;
-    own.hIcon = context_.icon;
-    own.hIconSm = context_.smallIcon;
+    own.hInstance = site_.context.instance;
+    own.hIcon = site_.context.icon;
+    own.hIconSm = site_.context.smallIcon;
     own.hCursor = LoadCursorW(nullptr, IDC_ARROW);
     own.lpszClassName = creation.windowClass;
-    if (!RegisterClassExW(&own)) throw std::bad_alloc();
+    if (!RegisterClassExW(&own)) throw WindowsError();
   }
   Create(creation, this);
 }
@@ -104,7 +107,7 @@ void Window::CreateSystem(const Creation& creation) {
   // SetWindowSubclass would look up a property of the window each time.
   former_ = reinterpret_cast<WNDPROC>(
       SetWindowLongPtrW(handle_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Procedure)));
-  SendMessageW(handle_, WM_SETFONT, reinterpret_cast<WPARAM>(context_.fonts.Plain()), FALSE);
+  SendMessageW(handle_, WM_SETFONT, reinterpret_cast<WPARAM>(site_.context.fonts.Plain()), FALSE);
 }
 
 LRESULT CALLBACK Window::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -127,8 +130,8 @@ LRESULT Window::Receive(UINT message, WPARAM wParam, LPARAM lParam) {
   }
   if (IsInput(message) && !TakesInput()) return 0;
   if (const HWND child = Subject(message, lParam)) {
-    const auto window = context_.windows.find(child);
-    if (window != context_.windows.end()) {
+    const auto window = site_.context.windows.find(child);
+    if (window != site_.context.windows.end()) {
       const auto result = window->second->Reflected(message, wParam, lParam);
       if (result) return *result;
     }
@@ -139,7 +142,7 @@ LRESULT Window::Receive(UINT message, WPARAM wParam, LPARAM lParam) {
 bool Window::TakesInput() const {
   // Windows keeps mouse and keys from a window that waits for a modal one, but no message that
   // another program, or an add-on's code in this one, has posted.
-  return !context_.commands.Busy() && IsWindowEnabled(GetAncestor(handle_, GA_ROOT));
+  return !site_.context.commands.Busy() && IsWindowEnabled(GetAncestor(handle_, GA_ROOT));
 }
 
 LRESULT Window::Process(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -167,7 +170,7 @@ void Window::Apply(Change change) {
       break;
     case Change::Enabled:
       // A disabled window would keep the focus and swallow the keys.
-      if (!control_.Enabled() && GetFocus() == handle_) form_->FocusBefore(handle_);
+      if (!control_.Enabled() && GetFocus() == handle_) site_.form.FocusBefore(handle_);
       EnableWindow(handle_, control_.Enabled());
       break;
     case Change::Visible:
@@ -177,7 +180,7 @@ void Window::Apply(Change change) {
       SetWindowPos(handle_, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
       break;
     case Change::Focus:
-      form_->Focus(FocusHandle());
+      site_.form.Focus(FocusHandle());
       break;
     case Change::Color:
     case Change::Picture:
@@ -208,7 +211,7 @@ LRESULT ContainerWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
     }
     case WM_SETFOCUS:
       // The control that had the focus was hidden together with this window.
-      Form().FocusBefore(Handle());
+      site_.form.FocusBefore(Handle());
       return 0;
     case WM_CTLCOLORBTN:
     case WM_CTLCOLORSTATIC: {

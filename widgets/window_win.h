@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -14,7 +15,29 @@
 
 namespace tarvelin {
 
-class FormWindow;
+class ContainerWindow;
+
+// What the controls in a form ask of its window.
+class FormHost {
+ public:
+  // Gives the focus to a control's window, as soon as this form is the active one.
+  virtual void Focus(HWND control) = 0;
+  // Gives the focus to the control before that one in the Tab order.
+  virtual void FocusBefore(HWND control) = 0;
+  // A number for a new control. A button also gets the keys that go with it.
+  [[nodiscard]] virtual int AddControl() = 0;
+  [[nodiscard]] virtual int AddButton(TButton& button) = 0;
+
+ protected:
+  ~FormHost() = default;
+};
+
+// What every peer is made from, besides its component.
+struct Site {
+  PeerContext& context;
+  FormHost& form;
+  ContainerWindow* parent;  // null for the form itself
+};
 
 // A window that shows one control. The HWND belongs to its parent window, which destroys it; the
 // link is cleared at WM_NCDESTROY.
@@ -34,14 +57,14 @@ class Window {
     const wchar_t* windowClass = nullptr;
     DWORD style = 0;
     DWORD exStyle = 0;
-    HWND parent = nullptr;
-    int id = 0;
+    int id = 0;            // of a control; 0 for the next free number
+    HWND owner = nullptr;  // of a top-level window
   };
 
-  Window(TControl& control, PeerContext& context, FormWindow* form);
+  Window(TControl& control, const Site& site) : control_(control), site_(site) {}
 
   // Creates the window in one of the program's own classes, or in one of the system's, which is
-  // subclassed. Throws std::bad_alloc when Windows refuses.
+  // subclassed. Throws WindowsError when Windows refuses.
   void CreateOwn(const Creation& creation);
   void CreateSystem(const Creation& creation);
 
@@ -59,13 +82,12 @@ class Window {
   virtual void Apply(Change change);
 
   // What the user asks for, and what the window tells of its own state.
-  void Run(const std::function<void()>& command) { context_.commands.Run(command); }
-  void Report(const std::function<void()>& report) { context_.commands.Report(report); }
-  [[nodiscard]] FormWindow& Form() const { return *form_; }
+  void Run(const std::function<void()>& command) { site_.context.commands.Run(command); }
+  void Report(const std::function<void()>& report) { site_.context.commands.Report(report); }
   void Invalidate() { InvalidateRect(handle_, nullptr, FALSE); }
 
   TControl& control_;
-  PeerContext& context_;
+  const Site site_;
 
  private:
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
@@ -74,7 +96,6 @@ class Window {
   void Create(const Creation& creation, void* parameter);
   void Unlink();
 
-  FormWindow* form_;
   HWND handle_ = nullptr;
   WNDPROC former_ = nullptr;  // of a system class
 };
@@ -100,14 +121,34 @@ class Graphic {
   virtual void Draw(HDC dc) = 0;
 };
 
-// Joins a window with the interface through which its component speaks to it.
-template <typename Interface, typename Base = Window>
+// Joins a window with its component and the interface through which that speaks to it.
+template <typename Shown, typename Base = Window, typename Interface = ControlPeer>
 class WindowPeer : public Interface, public Base {
  public:
+  using Component = Shown;
   void Changed(Change change) override { this->Apply(change); }
 
  protected:
-  using Base::Base;
+  WindowPeer(Component& component, const Site& site)
+      : Base(component, site), component_(component) {}
+
+  Component& component_;
 };
+
+// A peer of that class when the control is of the kind that it shows, null otherwise.
+template <typename Peer>
+std::unique_ptr<ControlPeer> MakePeerIf(TControl& control, const Site& site) {
+  auto* component = dynamic_cast<typename Peer::Component*>(&control);
+  if (!component) return nullptr;
+  return std::make_unique<Peer>(*component, site);
+}
+
+// The first peer that shows the kind of control that this one is, null when none does.
+template <typename... Peers>
+std::unique_ptr<ControlPeer> MakePeerOf(TControl& control, const Site& site) {
+  std::unique_ptr<ControlPeer> peer;
+  static_cast<void>(((peer = MakePeerIf<Peers>(control, site)) || ...));
+  return peer;
+}
 
 }  // namespace tarvelin

@@ -13,30 +13,8 @@ const std::wstring kRoot = L"HKEY_CLASSES_ROOT\\";
 const std::wstring kBin = L"CLSID\\{645FF040-5081-101B-9F08-00AA002F954E}\\Shell\\";
 const std::wstring kShellIcon = L"C:\\Windows\\system32\\shell32.dll,";
 
-// Stands for the control of the list: counts the batch updates that are open.
-class OpenUpdates : public ListViewPeer {
- public:
-  explicit OpenUpdates(int& open) : open_(open) {}
-  void Changed(Change) override {}
-  int ClientWidth() override { return 0; }
-  void ItemInserted(int) override {}
-  void ItemChanged(int) override {}
-  void ItemDeleted(int) override {}
-  void CheckChanged(int) override {}
-  void SelectionChanged() override {}
-  void ColumnsChanged() override {}
-  void CheckBoxesChanged() override {}
-  void BeginUpdate() override { ++open_; }
-  void EndUpdate() override { --open_; }
-
- private:
-  int& open_;
-};
-
 class ShellMenuTest : public ::testing::Test {
  protected:
-  ShellMenuTest() { list.SetPeer(std::make_unique<OpenUpdates>(openUpdates)); }
-
   void ScanExtensions() { ScanShellExtensions(test.platform, EnglishMessages(), list); }
   void ScanNew() { ScanNewMenu(test.platform, list, images); }
   void ScanSend() { ScanSendTo(test.platform, list, images, L"C:\\SendTo"); }
@@ -64,7 +42,6 @@ class ShellMenuTest : public ::testing::Test {
   MemoryRegistry& registry = test.registry;
   Texts& sendTo = test.files.entries[L"C:\\SendTo\\*.*"];
   Texts& iconRequests = test.shell.iconRequests;
-  int openUpdates = 0;
   TListView list{L"list", nullptr, {}, {}};
   TImageList images{L"images"};
 };
@@ -101,7 +78,7 @@ TEST_F(ShellMenuTest, ListsVerbsAndHandlersButNotThoseOfWindows) {
                       L"textOnly\nPrompt|cmd.exe /k \"cd %L\"|\\Directory\\shell\\prompt\n" +
                       windowsOwn + L"|{Directory}|\\Directory" + handler + windowsOwn +
                       L"|{Folder}|\\Folder" + handler);
-  EXPECT_EQ(openUpdates, 0);
+  EXPECT_FALSE(list.Updating());
   EXPECT_EQ(registry.opens, 7 + 3 + 4 + 7 + 12) << "parents, and each key of an entry once";
 
   registry.Drop(kRoot + kBin + L"silent");
@@ -235,7 +212,7 @@ TEST_F(ShellMenuTest, EndsAtAMalformedIndexWithTheRowsBeforeItAndNoUpdateOpen) {
   OfferWithIcon(L".c", L"sys.dll,13");
   EXPECT_THROW(ScanNew(), TError);
   EXPECT_EQ(Captions(), (Texts{L"About a"}));
-  EXPECT_EQ(openUpdates, 0);
+  EXPECT_FALSE(list.Updating());
 }
 
 TEST_F(ShellMenuTest, ListsEveryEntryOfTheFolderUnderItsNameWithoutExtension) {
@@ -248,12 +225,13 @@ TEST_F(ShellMenuTest, ListsEveryEntryOfTheFolderUnderItsNameWithoutExtension) {
   EXPECT_EQ(iconRequests, (Texts{L"type:Mail.MAPIMail", L"type:a.lnk.lnk", L"type:two"}));
   EXPECT_EQ(list.Item(3).imageIndex, -1);
   EXPECT_EQ(images.StoredImage(list.Item(4).imageIndex), images.StoredImage(1));
-  EXPECT_EQ(openUpdates + test.shell.iconsAlive, 0);
+  EXPECT_FALSE(list.Updating());
+  EXPECT_EQ(test.shell.iconsAlive, 0);
   ScanSend();
   EXPECT_EQ(list.Count(), 5);
   Clear();
   ScanSendTo(test.platform, list, images, L"");
-  EXPECT_EQ(openUpdates, 1) << "without a folder the list is left in its update";
+  EXPECT_TRUE(list.Updating()) << "without a folder the list is left in its update";
 }
 
 TEST_F(ShellMenuTest, AllowsClicksInTheMiddleOfTheFolder) {
@@ -264,7 +242,7 @@ TEST_F(ShellMenuTest, AllowsClicksInTheMiddleOfTheFolder) {
   ScanSend();
   EXPECT_EQ(test.display.pumped, 4);
   EXPECT_EQ(Captions(), (Texts{L"b", L"c"}));
-  EXPECT_EQ(openUpdates, 0);
+  EXPECT_FALSE(list.Updating());
 }
 
 }  // namespace

@@ -1,0 +1,170 @@
+// Components in real windows that nobody sees.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include "app/application.h"
+#include "common/handles_win.h"
+#include "tests/support/test_platform.h"
+#include "widgets/peers_win.h"
+
+namespace tarvelin::testing {
+namespace {
+
+class ListTest : public ::testing::Test {
+ protected:
+  ListTest() {
+    for (const wchar_t* name : {L"Adder", L"bee", L"Badger", L"Cat"}) Add(name);
+    AttachPeers(form_, context_, {});
+    list_.OnSelectItem = [this] { selections_.push_back(list_.SelectedIndex()); };
+    list_.OnItemChecked = [this] { ++checks_; };
+  }
+  ~ListTest() override { form_.SetPeer(nullptr); }
+
+  void Add(std::wstring name) { list_.Add({std::move(name), {L"x"}, -1, false, nullptr}); }
+
+  LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {
+    return SendMessageW(WindowOf(list_), message, wParam, lParam);
+  }
+  void SetState(int row, UINT state, UINT mask) const {
+    LVITEMW item{};
+    item.state = state;
+    item.stateMask = mask;
+    Send(LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+  }
+  [[nodiscard]] LRESULT RowWith(UINT flag) const {
+    return Send(LVM_GETNEXTITEM, static_cast<WPARAM>(-1), static_cast<LPARAM>(flag));
+  }
+  [[nodiscard]] std::wstring Text(int row, int column) const {
+    wchar_t text[20] = L"";
+    LVITEMW item{};
+    item.iSubItem = column;
+    item.pszText = text;
+    item.cchTextMax = 20;
+    Send(LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+    return text;
+  }
+  [[nodiscard]] RECT Place(int row) const {
+    RECT place{LVIR_BOUNDS, 0, 0, 0};
+    Send(LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&place));
+    return place;
+  }
+
+  MessageLoop loop_;
+  FakeBoxes boxes_;
+  TApplication application_{boxes_, L"List"};
+  PeerContext context_{GetModuleHandleW(nullptr), loop_, application_, nullptr, nullptr};
+  TForm form_{L"FormList", 600, 400, L"List"};
+  TListView& list_ =
+      form_.Create<TListView>(L"list", &form_, TRect{0, 0, 600, 300},
+                              std::vector<TListColumn>{{L"Name", 200}, {L"Path", 100}});
+  std::vector<int> selections_;
+  int checks_ = 0;
+};
+
+TEST_F(ListTest, ShowsTheRowsAndTellsWhichIsSelected) {
+  list_.BeginUpdate();
+  Add(L"Dingo");
+  EXPECT_EQ(Send(LVM_GETITEMCOUNT), 4) << "nothing is shown while a scan fills the list";
+  list_.EndUpdate();
+  EXPECT_EQ(Send(LVM_GETITEMCOUNT), 5);
+  list_.SetSubItem(4, 0, L"y");
+  EXPECT_EQ(Text(4, 0), L"Dingo");
+  EXPECT_EQ(Text(4, 1), L"y");
+
+  const UINT selected = LVIS_SELECTED | LVIS_FOCUSED;
+  SetState(1, selected, selected);
+  SetState(2, selected, selected);
+  SetState(-1, 0, LVIS_SELECTED);
+  EXPECT_EQ(selections_, (std::vector<int>{1, 2, -1}));
+  list_.SetSelectedIndex(4);
+  EXPECT_EQ(RowWith(LVNI_SELECTED), 4);
+}
+
+TEST_F(ListTest, LeavesTheFocusWhereARowWasDeleted) {
+  list_.SetSelectedIndex(2);
+  list_.Delete(0);
+  EXPECT_EQ(RowWith(LVNI_SELECTED), 1);
+  EXPECT_EQ(RowWith(LVNI_FOCUSED), 1);
+  list_.Delete(1);
+  EXPECT_EQ(RowWith(LVNI_SELECTED), -1);
+  EXPECT_EQ(RowWith(LVNI_FOCUSED), 1);
+  EXPECT_EQ(Text(1, 0), L"Cat");
+  list_.Delete(1);
+  EXPECT_EQ(RowWith(LVNI_FOCUSED), 0) << "the row above the last one";
+  list_.Delete(0);
+  EXPECT_EQ(Send(LVM_GETITEMCOUNT), 0);
+  EXPECT_EQ(selections_, (std::vector<int>{2, -1}));
+}
+
+TEST_F(ListTest, FindsARowByTyping) {
+  for (const wchar_t letter : {L'B', L'A'}) Send(WM_CHAR, letter, 1);
+  EXPECT_EQ(list_.SelectedIndex(), 2);
+}
+
+TEST_F(ListTest, MarksRowsByMouseKeyAndAssistiveProgram) {
+  list_.SetCheckBoxes(true);
+  const auto mark = [this](int row) {
+    return Send(LVM_GETITEMSTATE, static_cast<WPARAM>(row), LVIS_STATEIMAGEMASK) >> 12;
+  };
+  EXPECT_EQ(mark(1), 1);
+  list_.SetChecked(1, true);
+  EXPECT_EQ(mark(1), 2);
+
+  const RECT place = Place(2);
+  const auto click = [&](LONG x) {
+    const LPARAM point = MAKELPARAM(x, place.top + 8);
+    PostMessageW(WindowOf(list_), WM_LBUTTONUP, 0, point);  // while the control waits for a drag
+    Send(WM_LBUTTONDOWN, MK_LBUTTON, point);
+    loop_.ProcessWaiting();
+  };
+  click(place.left + 8);
+  EXPECT_TRUE(list_.Item(2).checked);
+  EXPECT_EQ(mark(2), 2);
+  click(place.left + 60);
+  EXPECT_TRUE(list_.Item(2).checked) << "a click on the text";
+  EXPECT_EQ(list_.SelectedIndex(), 2);
+
+  Send(WM_KEYDOWN, VK_SPACE, 1);
+  EXPECT_FALSE(list_.Item(2).checked);
+  SetState(3, INDEXTOSTATEIMAGEMASK(2U), LVIS_STATEIMAGEMASK);
+  SetState(3, INDEXTOSTATEIMAGEMASK(2U), LVIS_STATEIMAGEMASK);
+  EXPECT_TRUE(list_.Item(3).checked);
+  EXPECT_EQ(checks_, 4);
+}
+
+TEST_F(ListTest, TheSelectedRowIsPlainToSeeWithoutTheFocus) {
+  list_.SetSelectedIndex(1);
+  const WindowDc screen(nullptr);
+  const UniqueMemoryDc dc(CreateCompatibleDC(screen.Get()));
+  const UniqueBitmap bitmap(CreateCompatibleBitmap(screen.Get(), 600, 300));
+  const SelectGuard selected(dc.Get(), bitmap.Get());
+  Send(WM_PRINT, reinterpret_cast<WPARAM>(dc.Get()), PRF_CLIENT | PRF_ERASEBKGND);
+  for (int row = 0; row < 3; ++row) {
+    const RECT place = Place(row);
+    const COLORREF color = GetSysColor(row == 1 ? COLOR_HIGHLIGHT : COLOR_WINDOW);
+    for (const LONG x : {place.left + 180, place.left + 280}) {
+      EXPECT_EQ(GetPixel(dc.Get(), x, place.top + 2), color) << "row " << row << ", at " << x;
+    }
+  }
+}
+
+TEST(Peers, TellWhyAWindowWasRefused) {
+  MessageLoop loop;
+  FakeBoxes boxes;
+  TApplication application(boxes, L"");
+  PeerContext context{GetModuleHandleW(nullptr), loop, application, nullptr, nullptr};
+  TForm form(L"FormRefused", 100, 100, L"");
+  std::wstring reason;
+  try {
+    AttachPeers(form, context, {reinterpret_cast<HWND>(1), {}, {}});
+  } catch (const WindowsError& error) {
+    reason = error.Reason();
+  }
+  EXPECT_EQ(reason, L"Invalid window handle.");
+}
+
+}  // namespace
+}  // namespace tarvelin::testing

@@ -13,6 +13,8 @@ if(MSVC)
   if(TARVELIN_WARNINGS_AS_ERRORS)
     target_compile_options(tarvelin_options INTERFACE /WX)
   endif()
+  # Static imports come from the system's folder alone, where Windows knows of that (10 and later).
+  add_link_options(/DEPENDENTLOADFLAG:0x800)
 else()
   target_compile_options(tarvelin_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
   if(TARVELIN_WARNINGS_AS_ERRORS)

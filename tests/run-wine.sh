@@ -20,6 +20,6 @@ eval "$("$here/../tools/wine-prefix.sh" env "$prefix")"
 windows_path() { printf 'Z:%s' "${1//\//\\}"; }
 TARVELIN_EXE=$(windows_path "$build/Tarvelin.exe")
 TARVELIN_SAMPLE=$(windows_path "$build/sample")
-export TARVELIN_EXE TARVELIN_SAMPLE
+export TARVELIN_EXE TARVELIN_SAMPLE TARVELIN_MAY_CHANGE_THIS_MACHINE=1
 
 "$here/run-native.sh" timeout --kill-after=5 120 wine "$@"

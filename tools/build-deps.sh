@@ -55,18 +55,33 @@ private_apt() {
     -o APT::Sandbox::User= -o Acquire::Retries=2 "$@"
 }
 
-# fetch PACKAGE: its sources in src/PACKAGE. A mirror may list a version that it does not hold;
-# then the next lower one is taken.
+unpack() { # PACKAGE
+  local patch
+  tar -x --strip-components=1 -C "src/$1" -f download/*.orig.tar.[gx]z
+  tar -x -C "src/$1" -f download/*.debian.tar.*
+  sed 's/[[:space:]]*#.*//; /^$/d' "src/$1/debian/patches/series" | while read -r patch _; do
+    patch -d "src/$1" -p1 <"src/$1/debian/patches/$patch"
+  done
+}
+
+# fetch PACKAGE: its sources in src/PACKAGE. A mirror may list a version of which it does not hold
+# everything. Without the description (.dsc) the two archives do, each being what the signed list
+# says; without those the next lower version is taken.
 fetch() {
   local package=$1 version
   for version in $(private_apt apt-cache showsrc --only-source "$package" |
     sed -n 's/^Version: //p' | sort -rVu); do
     echo "build-deps: fetching $package $version"
     rm -rf download "src/$package"
-    mkdir -p download src
-    if (cd download && private_apt apt-get -q source --download-only "$package=$version") \
-      >"$package.log" 2>&1; then
-      dpkg-source --no-check -x download/*.dsc "src/$package" >>"$package.log" 2>&1
+    mkdir -p download "src/$package"
+    (cd download && private_apt apt-get -q source --download-only "$package=$version") \
+      >"$package.log" 2>&1 || true
+    private_apt apt-get -q source --print-uris "$package=$version" |
+      sed -n -E "s/^'[^']*' ([^ ]*\.tar\.[a-z0-9]+) [0-9]+ SHA256:([0-9a-f]{64})\$/\2  \1/p" \
+        >download/sums
+    [ "$(wc -l <download/sums)" = 2 ] || continue
+    if (cd download && sha256sum -c sums) >>"$package.log" 2>&1; then
+      unpack "$package" >>"$package.log"
       return
     fi
   done

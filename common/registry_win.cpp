@@ -40,7 +40,7 @@ HKEY RootHandle(RootKey root) {
 
 // The names that `enumerate(index, buffer, size)` gives until it gives an error, which is
 // ERROR_NO_MORE_ITEMS, or another one when the key has been deleted meanwhile.
-template <class Enumerate>
+template <typename Enumerate>
 std::vector<std::wstring> CollectNames(const Enumerate& enumerate) {
   std::vector<std::wstring> names;
   std::wstring buffer(kUsualName, L'\0');

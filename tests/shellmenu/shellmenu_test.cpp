@@ -79,7 +79,7 @@ TEST_F(ShellMenuTest, ListsVerbsAndHandlersButNotThoseOfWindows) {
                       windowsOwn + L"|{Directory}|\\Directory" + handler + windowsOwn +
                       L"|{Folder}|\\Folder" + handler);
   EXPECT_FALSE(list.Updating());
-  EXPECT_EQ(registry.opens, 7 + 3 + 4 + 7 + 12) << "parents, and each key of an entry once";
+  EXPECT_LE(registry.opens, 33) << "opening a key is also the test of its existence";
 
   registry.Drop(kRoot + kBin + L"silent");
   ScanExtensions();
@@ -105,6 +105,15 @@ TEST_F(ShellMenuTest, ListsAnEntryOfUserAndMachineOnceAndRemovesBoth) {
   ScanExtensions();
   EXPECT_EQ(Captions(), Texts{});
   EXPECT_TRUE(registry.Has(machine + L"Directory\\shellex\\ContextMenuHandlers\\hidden"));
+
+  Offer(L".X", L"x");
+  registry.Text(user + L".x", L"", L"x").Text(user + L".x\\ShellNew", L"NullFile", L"");
+  ScanNew();
+  EXPECT_EQ(Captions(), (Texts{L"About x"}));
+  RemoveShellKey(registry, list.Data<TNew>(0)->KeyPath);
+  Clear();
+  ScanNew();
+  EXPECT_EQ(Captions(), Texts{});
 }
 
 TEST_F(ShellMenuTest, SurvivesBrokenKeysAndCreatesMissingParents) {
@@ -202,7 +211,7 @@ TEST_F(ShellMenuTest, ExtractsEachIconOnceAndAddsAnImageForEachRow) {
   for (int row = 0; row < 10; ++row) EXPECT_EQ(list.Item(row).imageIndex, row);
   EXPECT_EQ(images.StoredImage(9), images.StoredImage(1));
   EXPECT_NE(images.StoredImage(2), images.StoredImage(1));
-  EXPECT_EQ(registry.opens, 1 + 4 + 9 * 5) << "the root and at most five keys for each type";
+  EXPECT_LE(registry.opens, 50) << "at most five keys for each type: there may be thousands";
 }
 
 TEST_F(ShellMenuTest, EndsAtAMalformedIndexWithTheRowsBeforeItAndNoUpdateOpen) {

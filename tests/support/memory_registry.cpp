@@ -1,7 +1,6 @@
 #include "tests/support/memory_registry.h"
 
 #include <algorithm>
-#include <set>
 #include <utility>
 
 namespace tarvelin::testing {
@@ -20,55 +19,26 @@ constexpr std::wstring_view kUserClasses = L"HKEY_CURRENT_USER\\Software\\Classe
 constexpr std::wstring_view kMachineClasses = L"HKEY_LOCAL_MACHINE\\Software\\Classes";
 constexpr std::wstring_view kClassesRoot = L"HKEY_CLASSES_ROOT";
 
-// The keys of HKEY_CLASSES_ROOT whose children are those of both hives together. Of any other key
-// that both have, the user's hides what the machine's holds.
-const std::set<std::wstring, TextLess> kMergedKeys{
-    L"",
-    L"*",
-    L"*\\shellex",
-    L"*\\shellex\\ContextMenuHandlers",
-    L"*\\shellex\\PropertySheetHandlers",
-    L"AppID",
-    L"CLSID",
-    L"Component Categories",
-    L"Drive",
-    L"Drive\\shellex",
-    L"Drive\\shellex\\ContextMenuHandlers",
-    L"Drive\\shellex\\FolderExtensions",
-    L"Filter",
-    L"Folder",
-    L"Folder\\shellex",
-    L"Folder\\shellex\\ColumnHandlers",
-    L"Folder\\shellex\\ContextMenuHandlers",
-    L"Folder\\shellex\\PropertySheetHandlers",
-    L"Installer\\Components",
-    L"Interface",
-    L"Mime",
-    L"Mime\\Database",
-    L"Mime\\Database\\Charset",
-    L"Mime\\Database\\Codepage",
-    L"Mime\\Database\\Content Type",
-    L"Typelib",
-};
+// The keys of HKEY_CLASSES_ROOT, itself among them, whose children are those of both hives
+// together. Of any other key that both have, the user's hides what the machine's holds.
+constexpr std::wstring_view kMergedKeys =
+    L"||*|*\\shellex|*\\shellex\\contextmenuhandlers|*\\shellex\\propertysheethandlers|appid|clsid|"
+    L"component categories|drive|drive\\shellex|drive\\shellex\\contextmenuhandlers|"
+    L"drive\\shellex\\folderextensions|filter|folder|folder\\shellex|"
+    L"folder\\shellex\\columnhandlers|"
+    L"folder\\shellex\\contextmenuhandlers|folder\\shellex\\propertysheethandlers|"
+    L"installer\\components|interface|mime|mime\\database|mime\\database\\charset|"
+    L"mime\\database\\codepage|mime\\database\\content type|typelib|";
 
-std::wstring_view RootName(RootKey root) {
-  switch (root) {
-    case RootKey::ClassesRoot:
-      return kClassesRoot;
-    case RootKey::CurrentUser:
-      return L"HKEY_CURRENT_USER";
-    case RootKey::LocalMachine:
-      return L"HKEY_LOCAL_MACHINE";
-    case RootKey::Users:
-      break;
-  }
-  return L"HKEY_USERS";
+bool IsMerged(std::wstring_view path) {
+  return kMergedKeys.find(L"|" + LowerCase(path) + L"|") != std::wstring_view::npos;
 }
 
+std::wstring RootName(RootKey root) { return RegistryLocation{root, {}, {}}.Text(); }
+
 std::pair<std::wstring_view, std::wstring_view> SplitFirst(std::wstring_view path) {
-  const auto end = path.find(L'\\');
-  if (end == std::wstring_view::npos) return {path, {}};
-  return {path.substr(0, end), path.substr(end + 1)};
+  const auto end = std::min(path.find(L'\\'), path.size());
+  return {path.substr(0, end), path.substr(std::min(end + 1, path.size()))};
 }
 
 bool IsClassesRoot(std::wstring_view path) {
@@ -107,6 +77,13 @@ void MarkDeleted(MemoryRegistry::Node& node) {
   node.deleted = true;
   if (!node.linkTarget.empty()) return;
   for (const auto& [name, child] : node.keys) MarkDeleted(*child);
+}
+
+// Text as a value of the registry holds it.
+RegistryValue TextValue(std::wstring_view text) {
+  Bytes data = ToUtf16Le(text);
+  data.resize(data.size() + 2);
+  return {kRegSz, std::move(data)};
 }
 
 // Deletes what is below a key; false when something of it stays.
@@ -173,11 +150,9 @@ class MemoryKey : public RegistryKey {
   }
 
   bool RemoveTree() override {
-    auto& [node, path] = found_.at(0);
-    if (node->deleted || !RemoveChildren(*node)) return false;
-    MarkDeleted(*node);
-    const auto parent = registry_.FindIn(Parent(path), true);
-    return parent && parent->node->keys.erase(path.substr(path.rfind(L'\\') + 1)) > 0;
+    if (Node().deleted || !RemoveChildren(Node())) return false;
+    registry_.Erase(found_[0]);
+    return true;
   }
 
   std::wstring RealName(const std::wstring& path) const override {
@@ -212,9 +187,7 @@ class MemoryKey : public RegistryKey {
 
   bool SetText(const std::wstring& name, std::wstring_view text) override {
     if (registry_.refusesText || access_ != RegistryAccess::Full || Node().deleted) return false;
-    Bytes data = ToUtf16Le(text);
-    data.resize(data.size() + 2);
-    Node().values[name] = {kRegSz, std::move(data)};
+    Node().values[name] = TextValue(text);
     return true;
   }
 
@@ -262,7 +235,7 @@ void DumpNode(const MemoryRegistry::Node& node, int depth, std::wstring& out) {
 
 MemoryRegistry::MemoryRegistry() : top_(std::make_shared<Node>()) {
   for (const auto root : {RootKey::CurrentUser, RootKey::LocalMachine, RootKey::Users}) {
-    top_->keys[std::wstring(RootName(root))] = std::make_shared<Node>();
+    top_->keys[RootName(root)] = std::make_shared<Node>();
   }
   Make(kMachineClasses);
 }
@@ -300,7 +273,7 @@ std::vector<MemoryRegistry::Found> MemoryRegistry::Find(std::wstring_view path,
     if (auto found = FindIn(InHive(hive, path), followLastLink)) all.push_back(std::move(*found));
   }
   const auto below = path.substr(std::min(kClassesRoot.size() + 1, path.size()));
-  if (all.size() > 1 && !kMergedKeys.contains(below)) all.pop_back();
+  if (all.size() > 1 && !IsMerged(below)) all.pop_back();
   return all;
 }
 
@@ -324,9 +297,8 @@ MemoryRegistry& MemoryRegistry::Key(std::wstring_view path) {
 
 MemoryRegistry& MemoryRegistry::Text(std::wstring_view path, std::wstring_view name,
                                      std::wstring_view text) {
-  Bytes data = ToUtf16Le(text);
-  data.resize(data.size() + 2);
-  return Value(path, name, kRegSz, std::move(data));
+  Make(path)->values[std::wstring(name)] = TextValue(text);
+  return *this;
 }
 
 MemoryRegistry& MemoryRegistry::Integer(std::wstring_view path, std::wstring_view name,
@@ -358,12 +330,14 @@ void MemoryRegistry::Restrict(std::wstring_view path, Rights rights) {
   Make(path)->rights = rights;
 }
 
+void MemoryRegistry::Erase(const Found& key) {
+  MarkDeleted(*key.node);
+  const auto parent = FindIn(Parent(key.path), true);
+  parent.value().node->keys.erase(key.path.substr(key.path.rfind(L'\\') + 1));
+}
+
 void MemoryRegistry::Drop(std::wstring_view path) {
-  for (auto& found : Find(path, false)) {
-    MarkDeleted(*found.node);
-    FindIn(Parent(found.path), true)
-        ->node->keys.erase(found.path.substr(found.path.rfind(L'\\') + 1));
-  }
+  for (const Found& found : Find(path, false)) Erase(found);
 }
 
 bool MemoryRegistry::Has(std::wstring_view path) const { return !Find(path, true).empty(); }
@@ -385,7 +359,7 @@ std::wstring MemoryRegistry::Dump() const {
 }
 
 std::unique_ptr<RegistryKey> MemoryRegistry::Root(RootKey root) {
-  const std::wstring name(RootName(root));
+  const std::wstring name = RootName(root);
   return std::make_unique<MemoryKey>(*this, name, Find(name, true), RegistryAccess::Full);
 }
 

@@ -79,6 +79,7 @@ class MemoryRegistry : public RegistryBackend {
   // All keys that one path shows, the one that counts first.
   [[nodiscard]] std::vector<Found> Find(std::wstring_view path, bool followLastLink) const;
   std::shared_ptr<Node> Make(std::wstring_view path);
+  void Erase(const Found& key);
 
   std::shared_ptr<Node> top_;  // its children are the four roots
 };

@@ -20,7 +20,7 @@ inline Names Sorted(Names names) {
   return names;
 }
 
-template <class World>
+template <typename World>
 class RegistryContract : public ::testing::Test {
  protected:
   std::unique_ptr<RegistryKey> Root(RootKey root) { return world.Backend().Root(root); }

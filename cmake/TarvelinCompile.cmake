@@ -48,6 +48,9 @@ if(TARVELIN_SANITIZE)
   add_compile_options(${sanitizers})
   add_link_options(${sanitizers})
 endif()
+if(TARVELIN_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 
 if(WIN32)
   target_compile_definitions(tarvelin_options INTERFACE UNICODE _UNICODE WIN32_LEAN_AND_MEAN

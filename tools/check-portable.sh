@@ -7,7 +7,7 @@ cd "${1:-$(dirname "$0")/..}"
 
 # A header of the compiler, of C++ or of the decoders is fine in angle brackets, and so is
 # "folder/name.h" of our own, unless it is a Windows half. Anything else is a foreign header.
-allowed='<[a-z0-9_]+>|<(png|jpeglib|jerror|gtest/gtest(-spi)?|setjmp|zlib|dirent|fcntl|unistd|sys/[a-z]+)\.h>'
+allowed='<[a-z0-9_]+>|<(benchmark/benchmark|png|jpeglib|jerror|gtest/gtest(-spi)?|setjmp|zlib|dirent|fcntl|unistd|sys/[a-z]+)\.h>'
 own='"(app|addons|shellmenu|settings|common|widgets|resources|tests/[a-z]+|bench|fuzz)/[A-Za-z0-9_]+\.(h|inc)"'
 
 files=$(find . \( -path ./build -o -path ./dist -o -path ./.git -o -path ./tests/win -o -path ./sample \) \

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what is missing on a Debian machine: install-packages.sh build|test|run|clang|package|x86...
+# Installs what is missing on a Debian machine: install-packages.sh build|test|run|clang|package|x86|bench|fuzz...
 set -euo pipefail
 
 # shellcheck disable=SC1091  # os-release is not ours
@@ -37,8 +37,14 @@ for purpose in "$@"; do
     x86)
       packages+=(debootstrap)
       ;;
+    bench)
+      packages+=(libbenchmark-dev python3)
+      ;;
+    fuzz)
+      packages+=(clang libclang-rt-dev libpng-dev libjpeg62-turbo-dev)
+      ;;
     *)
-      echo "install-packages: build, test, run, clang, package or x86, not $purpose" >&2
+      echo "install-packages: build, test, run, clang, package, x86, bench or fuzz, not $purpose" >&2
       exit 2
       ;;
   esac

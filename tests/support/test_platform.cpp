@@ -115,6 +115,7 @@ int FakeBoxes::Show(const std::wstring& text, const std::wstring& caption, std::
 }
 
 std::span<const std::byte> FolderResources::Find(std::wstring_view name) {
+  if (none) return {};
   auto found = loaded_.find(name);
   if (found == loaded_.end()) {
     std::ifstream file(std::string(TARVELIN_RESOURCES_DIR) + "/artwork/" + ToUtf8(name),

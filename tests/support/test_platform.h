@@ -145,6 +145,7 @@ class FakeEditor : public EditorWindows {
 // The artwork of the source tree.
 class FolderResources : public Resources {
  public:
+  bool none = false;  // for tests to which decoding it all would be a waste
   std::span<const std::byte> Find(std::wstring_view name) override;
 
  private:

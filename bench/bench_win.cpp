@@ -1,208 +1,181 @@
-// Measures the scans of the "New" and "Send to" pages on a crowded system, each beside its floor:
-// the calls to Windows that no scan can do without, as a plain loop. bench.sh prepares the system.
-#include <windows.h>
+// Measures the program beside its floors, on Windows or under Wine; ../bench.sh prepares the system
+// and makes the table. Every line of output is one pair of measurements, in turns the floor's first
+// and the program's first: group, item, size, floor, program; milliseconds, or bytes.
+//   bench_win scan NAME MOST MODULE
+//                                 a scan at growing sizes up to that many entries, whose modules
+//                                 are copies of that one
+//   bench_win work                removals, selections, the restoring of settings
+//   bench_win start PROGRAM BARE  from the creation of a process to its filled list
+#include "bench/floors_win.h"
+
 // After windows.h, on which they depend.
 #include <commctrl.h>
-#include <shellapi.h>
+#include <psapi.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <functional>
-#include <limits>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "addons/UnitIEBrowserHelp.h"
+#include "app/application.h"
 #include "common/handles_win.h"
 #include "common/system_win.h"
+#include "settings/settings.h"
 #include "shellmenu/shellmenu.h"
 #include "widgets/message_loop_win.h"
 #include "widgets/peers_win.h"
 
-namespace tarvelin {
+namespace tarvelin::bench {
 namespace {
 
-constexpr int kRounds = 3;
-constexpr int kMostRounds = 10;
-constexpr int kIcons = 50;
-constexpr int kSendToFiles = 5000;
-constexpr int kSendToTypes = 10;
-constexpr double kFloorLimit = 1.3;
-constexpr double kDoublingLimit = 2.1;
-const std::wstring kFolder = L"C:\\bench\\";
-const std::wstring kSendTo = kFolder + L"sendto\\";
+constexpr int kPairs = 7;
+constexpr int kSizes[] = {100, 1000, 10000, 50000};
+constexpr int kCostly = 10000;  // scans that read a module for each entry stop here
+constexpr int kSettings = 22;
+constexpr wchar_t kHandlers[] = L"*\\shellex\\ContextMenuHandlers";
+
+using Work = std::function<double()>;  // returns what it took
 
 void Require(bool holds, const char* what) {
   if (!holds) throw std::runtime_error(what);
 }
 
-double Milliseconds(const std::function<void()>& work) {
+template <class Body>
+double Milliseconds(const Body& body) {
   const auto start = std::chrono::steady_clock::now();
-  work();
+  body();
   return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
       .count();
 }
 
-UniqueRegistryKey OpenKey(HKEY parent, const std::wstring& path, REGSAM access) {
+void Print(const char* group, const std::wstring& item, int size, double floor, double program) {
+  std::printf("%s\t%ls\t%d\t%.4f\t%.4f\n", group, item.c_str(), size, floor, program);
+  std::fflush(stdout);
+}
+
+void Pairs(const char* group, const std::wstring& item, int size, const Work& floor,
+           const Work& program) {
+  for (int pair = 0; pair < kPairs; ++pair) {
+    double bare = pair % 2 == 0 ? floor() : 0;
+    const double own = program();
+    if (bare == 0) bare = floor();
+    Print(group, item, size, bare, own);
+  }
+}
+
+// ---- Systems and pages ----
+
+UniqueRegistryKey CreateKey(HKEY parent, const std::wstring& path) {
   UniqueRegistryKey key;
-  RegOpenKeyExW(parent, path.c_str(), 0, access, key.Put());
+  RegCreateKeyExW(parent, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.Put(), nullptr);
   return key;
 }
 
-std::wstring DefaultText(const UniqueRegistryKey& key) {
-  wchar_t text[512] = L"";
-  DWORD size = sizeof text - sizeof(wchar_t);
-  RegQueryValueExW(key.Get(), nullptr, nullptr, nullptr, reinterpret_cast<BYTE*>(text), &size);
-  return text;
-}
-
-// While it lives, HKEY_LOCAL_MACHINE and HKEY_CLASSES_ROOT are those of a seeded system with that
-// many file types.
+// While it lives, the roots are those of the system that was seeded for a scan with that many
+// entries.
 class SeededSystem {
  public:
-  explicit SeededSystem(int types) {
-    const std::wstring machine = L"Software\\TarvelinBench\\" + std::to_wstring(types);
-    Redirect(HKEY_LOCAL_MACHINE, machine);
-    Redirect(HKEY_CLASSES_ROOT, machine + L"\\Software\\Classes");
+  SeededSystem(const std::wstring& scan, int size) {
+    const std::wstring system = L"Software\\TarvelinBench\\" + scan + L"\\" + std::to_wstring(size);
+    const auto machine = CreateKey(HKEY_CURRENT_USER, system + L"\\Machine");
+    const auto classes = CreateKey(machine.Get(), L"Software\\Classes");
+    const auto user = CreateKey(HKEY_CURRENT_USER, system + L"\\User");
+    Require(!RegOverridePredefKey(HKEY_LOCAL_MACHINE, machine.Get()) &&
+                !RegOverridePredefKey(HKEY_CLASSES_ROOT, classes.Get()) &&
+                !RegOverridePredefKey(HKEY_CURRENT_USER, user.Get()),
+            "no seeded registry");
   }
   SeededSystem(const SeededSystem&) = delete;
   SeededSystem& operator=(const SeededSystem&) = delete;
   ~SeededSystem() {
-    RegOverridePredefKey(HKEY_CLASSES_ROOT, nullptr);
-    RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
-  }
-
- private:
-  static void Redirect(HKEY root, const std::wstring& path) {
-    const auto key = OpenKey(HKEY_CURRENT_USER, path, KEY_ALL_ACCESS);
-    Require(key && RegOverridePredefKey(root, key.Get()) == ERROR_SUCCESS, "no seeded registry");
+    for (const HKEY root : {HKEY_CLASSES_ROOT, HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
+      RegOverridePredefKey(root, nullptr);
+    }
   }
 };
 
-std::wstring IconFile(int number) { return kFolder + std::to_wstring(10 + number) + L".ico"; }
+class EnglishMessages : public MessageLookup {
+ public:
+  std::wstring Message(const Text& text) const override { return std::wstring(text.english); }
+};
 
-// Every file type: its program identifier, its two ShellNew keys, its description and its icon;
-// and each icon once.
-void NewFloor(int types) {
-  std::vector<std::wstring> names;
-  {
-    const auto root = OpenKey(HKEY_CLASSES_ROOT, L"", KEY_ALL_ACCESS);
-    wchar_t name[256];
-    for (DWORD size = 256; RegEnumKeyExW(root.Get(), static_cast<DWORD>(names.size()), name, &size,
-                                         nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
-         size = 256) {
-      names.emplace_back(name, size);
-    }
+// What the scans need, once for the whole run.
+struct Program {
+  Program() {
+    platform.SetMessagePump([this] { loop.ProcessWaiting(); });
   }
-  int offered = 0;
-  for (const std::wstring& name : names) {
-    if (name[0] != L'.') continue;
-    const std::wstring programId = DefaultText(OpenKey(HKEY_CLASSES_ROOT, name, KEY_READ));
-    auto shellNew = OpenKey(HKEY_CLASSES_ROOT, name + L"\\" + programId + L"\\ShellNew", KEY_READ);
-    if (!shellNew) shellNew = OpenKey(HKEY_CLASSES_ROOT, name + L"\\ShellNew", KEY_READ);
-    wchar_t value[256];
-    DWORD values = 0;
-    for (DWORD size = 256; RegEnumValueW(shellNew.Get(), values, value, &size, nullptr, nullptr,
-                                         nullptr, nullptr) == ERROR_SUCCESS;
-         size = 256) {
-      ++values;
-    }
-    shellNew.Reset();
-    const auto description = DefaultText(
-        OpenKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes\\" + programId, KEY_ALL_ACCESS));
-    const auto icon =
-        DefaultText(OpenKey(HKEY_CLASSES_ROOT, programId + L"\\DefaultIcon", KEY_ALL_ACCESS));
-    if (values > 0 && !description.empty() && !icon.empty()) ++offered;
-  }
-  Require(offered == types, "the floor misses file types");
-  for (int number = 0; number < kIcons; ++number) {
-    const UniqueIcon icon(ExtractIconW(GetModuleHandleW(nullptr), IconFile(number).c_str(), 0));
-    Require(reinterpret_cast<std::uintptr_t>(icon.Get()) > 1, "an icon cannot be extracted");
-  }
-}
+  WindowsPlatform platform;
+  MessageLoop loop;
+  TApplication application{platform.Get().boxes, L"Bench"};
+  PeerContext context{GetModuleHandleW(nullptr), loop, application, nullptr, nullptr};
+  EnglishMessages messages;
+  TScanIeBrowser scanner{platform.Get(), messages, {}};
+};
 
-// The enumeration, a look at the message queue for each entry, and each type's icon once.
-void SendToFloor() {
-  WIN32_FIND_DATAW entry{};
-  std::set<std::wstring> types;
-  const UniqueFind search(FindFirstFileW((kSendTo + L"*.*").c_str(), &entry));
-  Require(static_cast<bool>(search), "no folder to list");
-  do {
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
-    const std::wstring name = entry.cFileName;
-    const auto dot = name.rfind(L'.');
-    if (name == L"." || name == L".." || !types.insert(name.substr(dot)).second) continue;
-    SHFILEINFOW info{};
-    SHGetFileInfoW(name.c_str(), FILE_ATTRIBUTE_NORMAL, &info, sizeof info,
-                   SHGFI_ICON | SHGFI_USEFILEATTRIBUTES | SHGFI_SMALLICON);
-    const UniqueIcon icon(info.hIcon);
-  } while (FindNextFileW(search.Get(), &entry));
-}
-
-// What a window adds to a floor: a row of its list control for each row of the page.
-void InsertFloor(int rows) {
-  HWND list = CreateWindowExW(0, WC_LISTVIEWW, L"", WS_POPUP | LVS_REPORT, 0, 0, 600, 400, nullptr,
-                              nullptr, GetModuleHandleW(nullptr), nullptr);
-  LVCOLUMNW column{};
-  SendMessageW(list, LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
-  SendMessageW(list, WM_SETREDRAW, FALSE, 0);
-  LVITEMW item{};
-  item.mask = LVIF_TEXT | LVIF_IMAGE;
-  item.pszText = LPSTR_TEXTCALLBACKW;
-  item.iImage = I_IMAGECALLBACK;
-  for (item.iItem = 0; item.iItem < rows; ++item.iItem) {
-    SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
-  }
-  DestroyWindow(list);
-}
-
-// The list and the images of a page, in a window when there is a context for one.
+// The list of a page, alone or in a shown window.
 struct Page {
-  explicit Page(PeerContext* context) {
+  Page(Program& program, bool shown) {
     list.SetSmallImages(&images);
-    if (context) AttachPeers(form, *context, {});
+    if (!shown) return;
+    AttachPeers(form, program.context, {});
+    form.Show();
+    program.loop.ProcessWaiting();
   }
-
-  [[nodiscard]] std::size_t DistinctImages() const {
-    std::set<int> stored;
-    for (int row = 0; row < list.Count(); ++row) {
-      stored.insert(images.StoredImage(list.Item(row).imageIndex));
-    }
-    return stored.size();
+  void Update() const {
+    if (const HWND window = WindowOf(list)) UpdateWindow(window);
   }
 
   TForm form{L"FormBench", 600, 400, L"Bench"};
   TImageList& images = form.Create<TImageList>(L"images");
-  TListView& list = form.Create<TListView>(L"list", &form, TRect{0, 0, 600, 400},
-                                           std::vector<TListColumn>{{L"Type", 300}});
+  TListView& list = form.Create<TListView>(
+      L"list", &form, TRect{0, 0, 600, 400},
+      std::vector<TListColumn>{{L"Name", 180}, {L"Publisher", 180}, {L"File Path", 180}});
 };
 
-double NewScan(WindowsPlatform& platform, PeerContext* context, int types) {
-  Page page(context);
-  const double taken = Milliseconds([&] { ScanNewMenu(platform.Get(), page.list, page.images); });
-  Require(page.list.Count() == types, "the scan misses file types");
-  Require(page.images.Count() == types && page.DistinctImages() == kIcons, "icons are missing");
-  return taken;
-}
+struct Scan {
+  const wchar_t* name;
+  int most;
+  void (*run)(Program& program, Page& page);
+};
 
-double SendToScan(WindowsPlatform& platform, PeerContext* context) {
-  Page page(context);
-  const double taken =
-      Milliseconds([&] { ScanSendTo(platform.Get(), page.list, page.images, kSendTo); });
-  Require(page.list.Count() == kSendToFiles, "the scan misses files");
-  Require(page.DistinctImages() <= kSendToTypes, "icons are taken twice");
-  return taken;
+const Scan kScans[] = {
+    {L"shell", 50000,
+     [](Program& p, Page& page) { ScanShellExtensions(p.platform.Get(), p.messages, page.list); }},
+    {L"new", 50000,
+     [](Program& p, Page& page) { ScanNewMenu(p.platform.Get(), page.list, page.images); }},
+    {L"sendto", 50000,
+     [](Program& p, Page& page) { ScanSendTo(p.platform.Get(), page.list, page.images, kSendTo); }},
+    {L"menus", 50000, [](Program& p, Page& page) { p.scanner.ScanContextEntries(page.list); }},
+    {L"bars", kCostly, [](Program& p, Page& page) { p.scanner.ScanExplorerBars(page.list); }},
+    {L"toolbars", kCostly, [](Program& p, Page& page) { p.scanner.ScanToolbars(page.list); }},
+    {L"buttons", 50000, [](Program& p, Page& page) { p.scanner.ScanExtraButtons(page.list); }},
+    {L"helpers", kCostly, [](Program& p, Page& page) { p.scanner.ScanHelperObjects(page.list); }},
+    {L"activex", kCostly,
+     [](Program& p, Page& page) { p.scanner.ScanDownloadedActiveX(page.list); }},
+    {L"settings", kSettings, [](Program& p, Page& page) { p.scanner.ScanIeSettings(page.list); }},
+};
+
+// ---- Files ----
+
+void Write(const std::wstring& path, const std::vector<unsigned char>& content) {
+  const UniqueFile file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+  DWORD done = 0;
+  Require(file && WriteFile(file.Get(), content.data(), static_cast<DWORD>(content.size()), &done,
+                            nullptr),
+          "a file cannot be written");
 }
 
 // An icon of 16 x 16 pixels with a colour of its own.
-void WriteIcon(int number) {
+std::vector<unsigned char> IconFile(int number) {
   std::vector<unsigned char> file(6 + 16 + 40 + 16 * 16 * 4 + 16 * 4);
   const auto put = [&](std::size_t offset, unsigned value) {
-    for (std::size_t i = 0; i < 4; ++i)
+    for (std::size_t i = 0; i < 4; ++i) {
       file[offset + i] = static_cast<unsigned char>(value >> 8 * i);
+    }
   };
   put(2, 1 | 1 << 16);                 // an icon file with one image
   put(6, 16 | 16 << 8);                // its size
@@ -216,110 +189,351 @@ void WriteIcon(int number) {
   for (std::size_t pixel = 0; pixel < 256; ++pixel) {
     put(62 + pixel * 4, 0xFF000000U | static_cast<unsigned>(number) * 0x040308U);
   }
-  const UniqueFile handle(CreateFileW(IconFile(number).c_str(), GENERIC_WRITE, 0, nullptr,
-                                      CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-  DWORD done = 0;
-  Require(WriteFile(handle.Get(), file.data(), static_cast<DWORD>(file.size()), &done, nullptr),
-          "an icon cannot be written");
+  return file;
 }
 
-void PrepareFiles() {
+void PrepareFiles(const std::wstring& module) {
   CreateDirectoryW(kFolder.c_str(), nullptr);
   CreateDirectoryW(kSendTo.c_str(), nullptr);
-  for (int number = 0; number < kIcons; ++number) WriteIcon(number);
-  for (int number = 0; number < kSendToFiles; ++number) {
-    const std::wstring path = kSendTo + L"Entry " + std::to_wstring(number) + L".t" +
-                              std::to_wstring(number % kSendToTypes);
-    const UniqueFile file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr));
-    Require(static_cast<bool>(file), "a file cannot be written");
+  for (int number = 10; number < 10 + kFiles; ++number) {
+    const std::wstring name = kFolder + std::to_wstring(number);
+    Write(name + L".ico", IconFile(number));
+    Require(CopyFileW(module.c_str(), (name + L".dll").c_str(), FALSE), "no module to copy");
   }
 }
 
-constexpr double kNever = std::numeric_limits<double>::max();
+// ---- Scans ----
 
-struct Timing {
-  double floor = kNever;
-  double list = kNever;  // the scan into a list alone
-  double windowFloor = kNever;
-  double window = kNever;  // the scan into a list that is shown by a window
+void AddTextBytes(double& bytes, const std::wstring& text) {
+  bytes += static_cast<double>(text.size() * sizeof(wchar_t));
+}
+
+double TextBytes(const TListView& list) {
+  double bytes = 0;
+  for (int row = 0; row < list.Count(); ++row) {
+    const TListItem& item = list.Item(row);
+    AddTextBytes(bytes, item.caption);
+    for (const std::wstring& text : item.subItems) AddTextBytes(bytes, text);
+    if (const auto addOn = list.Data<TIESec>(row)) {
+      AddTextBytes(bytes, addOn->FilePath);
+      AddTextBytes(bytes, addOn->RegLocation);
+      AddTextBytes(bytes, addOn->DefaultValue);
+    } else if (const auto entry = list.Data<TShellExtension>(row)) {
+      AddTextBytes(bytes, entry->Target);
+      AddTextBytes(bytes, entry->KeyPath);
+    } else if (const auto type = list.Data<TNew>(row)) {
+      AddTextBytes(bytes, type->KeyPath);
+    } else if (const auto file = list.Data<TSendTo>(row)) {
+      AddTextBytes(bytes, file->FilePath);
+    }
+  }
+  return bytes;
+}
+
+// What the heaps of this process hold, with what it costs to keep it there.
+double HeapBytes() {
+  HANDLE heaps[64];
+  double bytes = 0;
+  const DWORD count = GetProcessHeaps(64, heaps);
+  for (DWORD heap = 0; heap < count; ++heap) {
+    PROCESS_HEAP_ENTRY entry{};
+    while (HeapWalk(heaps[heap], &entry)) {
+      if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) bytes += entry.cbData + entry.cbOverhead;
+    }
+  }
+  return bytes;
+}
+
+void MeasureScan(Program& program, const Scan& scan, int size) {
+  const std::wstring name = scan.name;
+  for (int number = 0; name == L"sendto" && number < size; ++number) {
+    Write(kSendTo + L"Entry " + std::to_wstring(number) + L".t" + std::to_wstring(number % 10), {});
+  }
+  const SeededSystem seeded(name, size);
+  const int rows = size;
+  const int passed = name == L"settings" ? 1 : size;
+  const auto floor = [&] {
+    int found = 0;
+    const double taken = Milliseconds([&] { found = ScanFloor(name); });
+    Require(found == passed, "the floor misses entries");
+    return taken;
+  };
+  const auto scanInto = [&](bool shown) {
+    Page page(program, shown);
+    const double taken = Milliseconds([&] {
+      scan.run(program, page);
+      page.Update();
+    });
+    Require(page.list.Count() == rows, "the scan misses entries");
+    return taken;
+  };
+  Pairs("scan", name, size, floor, [&] { return scanInto(false); });
+  Pairs(
+      "scan, shown", name, size,
+      [&] {
+        BareList list;
+        return floor() + Milliseconds([&] { list.Show(rows); });
+      },
+      [&] { return scanInto(true); });
+
+  const double before = HeapBytes();
+  Page page(program, true);
+  const double empty = HeapBytes();
+  scan.run(program, page);
+  const double after = HeapBytes();
+  Require(after > empty && empty > before, "the heaps cannot be walked");
+  Print("bytes of a row", name, size, TextBytes(page.list) / rows, (after - empty) / rows);
+}
+
+void MeasureScans(const std::wstring& name, int most) {
+  Program program;
+  for (const Scan& scan : kScans) {
+    if (scan.name != name) continue;
+    if (scan.most == kSettings) MeasureScan(program, scan, kSettings);
+    for (const int size : kSizes) {
+      if (size <= scan.most && size <= most) MeasureScan(program, scan, size);
+    }
+  }
+}
+
+// ---- Removals, selections, settings ----
+
+std::wstring Handler(int number) {
+  wchar_t name[32];
+  std::swprintf(name, 32, L"\\Entry %05d", number);
+  return std::wstring(kHandlers) + name;
+}
+
+void MeasureRemovals(Program& program) {
+  constexpr int size = 10000;
+  constexpr int atOnce = 20;
+  const SeededSystem seeded(L"shell", size);
+  RegistryBackend& registry = program.platform.Get().registry;
+  int next = 0;
+  const auto removeSome = [&](const auto& remove) {
+    return [&] {
+      return Milliseconds([&] {
+               for (int i = 0; i < atOnce; ++i) remove(Handler(next++));
+             }) /
+             atOnce;
+    };
+  };
+  Pairs("removal", L"one of many", size, removeSome([](const std::wstring& key) {
+          Require(RegDeleteKeyW(HKEY_CLASSES_ROOT, key.c_str()) == ERROR_SUCCESS, "not removed");
+        }),
+        removeSome([&](const std::wstring& key) { RemoveShellKey(registry, L"\\" + key); }));
+
+  const std::wstring tree = std::wstring(kHandlers) + L"\\Tree";
+  const auto removeTree = [&](const auto& remove) {
+    return [&] {
+      for (int child = 0; child < size; ++child) {
+        CreateKey(HKEY_CLASSES_ROOT, tree + L"\\" + std::to_wstring(child));
+      }
+      const double taken = Milliseconds(remove);
+      HKEY left = nullptr;
+      Require(RegOpenKeyW(HKEY_CLASSES_ROOT, tree.c_str(), &left) == ERROR_FILE_NOT_FOUND,
+              "the tree is still there");
+      return taken;
+    };
+  };
+  Pairs("removal", L"a key with that many", size,
+        removeTree([&] { RegDeleteTreeW(HKEY_CLASSES_ROOT, tree.c_str()); }),
+        removeTree([&] { RemoveShellKey(registry, L"\\" + tree); }));
+}
+
+void MeasureSelections(Program& program) {
+  const auto selectAll = [](HWND list, int rows) {
+    return Milliseconds([&] {
+      LVITEMW item{};
+      item.state = item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+      for (int row = 0; row < rows; ++row) {
+        SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(row),
+                     reinterpret_cast<LPARAM>(&item));
+      }
+    });
+  };
+  for (const int rows : {1000, 10000}) {
+    BareList bare;
+    bare.Show(rows);
+    Page page(program, true);
+    page.list.BeginUpdate();
+    for (int row = 0; row < rows; ++row) {
+      TListItem item;
+      item.caption = L"Row " + std::to_wstring(row);
+      item.subItems = {L"A publisher", L"C:\\bench\\10.dll"};
+      page.list.Add(std::move(item));
+    }
+    page.list.EndUpdate();
+    Pairs(
+        "selection", L"row after row", rows, [&] { return selectAll(bare.Handle(), rows); },
+        [&] {
+          const double taken = selectAll(WindowOf(page.list), rows);
+          Require(page.list.SelectedIndex() == rows - 1, "the last row is not selected");
+          return taken;
+        });
+  }
+}
+
+void MeasureRestore(Program& program) {
+  const SeededSystem seeded(L"settings", kSettings);
+  const auto bare = [] {
+    return Milliseconds([] {
+      for (const TWatchedSetting& setting : WatchedSettings()) {
+        const HKEY root =
+            setting.root == RootKey::CurrentUser ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE;
+        const auto key = CreateKey(root, std::wstring(setting.keyPath.substr(1)));
+        const std::wstring text(setting.defaultValue);
+        RegSetValueExW(key.Get(), std::wstring(setting.valueName).c_str(), 0, REG_SZ,
+                       reinterpret_cast<const BYTE*>(text.c_str()),
+                       static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+      }
+    });
+  };
+  Page page(program, true);
+  program.scanner.ScanIeSettings(page.list);
+  Pairs("restore", L"all settings", kSettings, bare, [&] {
+    return Milliseconds([&] {
+      for (int row = 0; row < page.list.Count(); ++row) page.list.SetChecked(row, true);
+      Require(program.scanner.RestoreSettings(page.list) == kSettings, "a setting is not restored");
+    });
+  });
+}
+
+// ---- Start ----
+
+UniqueKernelObject Start(std::wstring command, HANDLE output) {
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  if (output) {
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = startup.hStdError = output;
+  }
+  PROCESS_INFORMATION process{};
+  Require(CreateProcessW(nullptr, command.data(), nullptr, nullptr, output != nullptr, 0, nullptr,
+                         nullptr, &startup, &process),
+          "a program cannot be started");
+  CloseHandle(process.hThread);
+  return UniqueKernelObject(process.hProcess);
+}
+
+struct Shown {
+  HWND list;
+  int rows;
 };
 
-// The best of several rounds, in which all take turns: what else runs on the machine only slows
-// them down. While that breaks a limit, there are more rounds.
-template <class Floor, class Scan>
-Timing Measure(PeerContext& context, int rows, const Floor& floor, const Scan& scan) {
-  Timing best;
-  for (int round = 0; round < kMostRounds; ++round) {
-    const double bare = Milliseconds(floor);
-    const double inserting = Milliseconds([&] { InsertFloor(rows); });
-    best.floor = std::min(best.floor, bare);
-    best.windowFloor = std::min(best.windowFloor, bare + inserting);
-    best.list = std::min(best.list, scan(nullptr));
-    best.window = std::min(best.window, scan(&context));
-    const bool kept =
-        best.list <= kFloorLimit * best.floor && best.window <= kFloorLimit * best.windowFloor;
-    if (kept && round + 1 >= kRounds) break;
+BOOL CALLBACK FindFilledList(HWND window, LPARAM parameter) {
+  wchar_t name[32]{};
+  GetClassNameW(window, name, 32);
+  auto& shown = *reinterpret_cast<Shown*>(parameter);
+  if (std::wstring(name) != WC_LISTVIEWW || !IsWindowVisible(window)) return TRUE;
+  // The program answers only when it handles messages again, which is after the scan.
+  if (SendMessageW(window, LVM_GETITEMCOUNT, 0, 0) != shown.rows) return TRUE;
+  shown.list = window;
+  return FALSE;
+}
+
+struct Started {
+  double taken;  // milliseconds
+  double bytes;  // private ones, at most
+};
+
+// From the creation of the process to its painted list.
+Started StartWindow(const std::wstring& program, const wchar_t* windowClass, int rows) {
+  UniqueKernelObject process;
+  HWND window = nullptr;
+  const double taken = Milliseconds([&] {
+    process = Start(L"\"" + program + L"\"", nullptr);
+    Shown shown{nullptr, rows};
+    for (int tries = 0; !shown.list; ++tries) {
+      Require(tries < 20000, "the list does not appear");
+      Sleep(1);
+      window = FindWindowW(windowClass, nullptr);
+      if (window && IsWindowVisible(window)) {
+        EnumChildWindows(window, FindFilledList, reinterpret_cast<LPARAM>(&shown));
+      }
+    }
+    RedrawWindow(window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+  });
+  PROCESS_MEMORY_COUNTERS_EX memory{};
+  GetProcessMemoryInfo(process.Get(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory),
+                       sizeof memory);
+  PostMessageW(window, WM_CLOSE, 0, 0);
+  Require(WaitForSingleObject(process.Get(), 20000) == WAIT_OBJECT_0, "a program does not end");
+  return {taken, static_cast<double>(std::max(memory.PeakPagefileUsage, memory.PrivateUsage))};
+}
+
+void MeasureStart(const std::wstring& program, const std::wstring& bare) {
+  constexpr int rows = 60;  // which the system was seeded with
+  std::vector<Started> bares;
+  std::vector<Started> programs;
+  Pairs(
+      "start", L"first page filled", rows,
+      [&] {
+        bares.push_back(StartWindow(bare, L"BareProgram", rows));
+        return bares.back().taken;
+      },
+      [&] {
+        programs.push_back(StartWindow(program, L"TFormMain", rows));
+        return programs.back().taken;
+      });
+  for (std::size_t i = 0; i < bares.size(); ++i) {
+    Print("bytes at start", L"private", rows, bares[i].bytes, programs[i].bytes);
   }
-  return best;
+
+  // Beside what a user would type to see the same.
+  constexpr int many = 1000;
+  for (int number = rows; number < many; ++number) {
+    const auto key = CreateKey(HKEY_CLASSES_ROOT, Handler(number));
+    constexpr wchar_t classId[] = L"{00000000-0000-4000-8000-000000000000}";
+    RegSetValueExW(key.Get(), nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(classId),
+                   sizeof classId);
+  }
+  SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+  const UniqueFile nowhere(
+      CreateFileW(L"NUL", GENERIC_WRITE, FILE_SHARE_WRITE, &inherited, OPEN_EXISTING, 0, nullptr));
+  const auto query = [&] {
+    return Milliseconds([&] {
+      for (const wchar_t* key :
+           {L"*\\shell", kHandlers, L"CLSID\\{645FF040-5081-101B-9F08-00AA002F954E}\\Shell",
+            L"Directory\\shell", L"Directory\\shellex\\ContextMenuHandlers",
+            L"Folder\\shellex\\ContextMenuHandlers", L"Drive\\shellex\\ContextMenuHandlers"}) {
+        const auto process =
+            Start(L"reg.exe query \"HKCR\\" + std::wstring(key) + L"\" /s", nowhere.Get());
+        WaitForSingleObject(process.Get(), INFINITE);
+      }
+    });
+  };
+  Pairs("beside reg query /s", L"handlers and verbs", many, query,
+        [&] { return StartWindow(program, L"TFormMain", many).taken; });
 }
 
-// Prints one line of the table and tells whether the limit is kept.
-bool Report(const std::string& what, double base, double measured, double limit) {
-  const double ratio = measured / base;
-  std::printf("%-36s %10.1f %10.1f %7.2f %7.2f  %s\n", what.c_str(), base, measured, ratio, limit,
-              ratio <= limit ? "ok" : "TOO SLOW");
-  std::fflush(stdout);
-  return ratio <= limit;
-}
-
-bool ReportBoth(const std::string& what, const Timing& timing) {
-  const bool kept = Report(what + ", list", timing.floor, timing.list, kFloorLimit);
-  return Report(what + ", window", timing.windowFloor, timing.window, kFloorLimit) && kept;
-}
-
-bool Run() {
-  PrepareFiles();
+int Run(const std::vector<std::wstring>& arguments) {
   const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_LISTVIEW_CLASSES};
   InitCommonControlsEx(&controls);
-  WindowsPlatform platform;
-  MessageLoop loop;
-  platform.SetMessagePump([&] { loop.ProcessWaiting(); });
-  struct : Commands {
-    void Run(const std::function<void()>& command) override { command(); }
-    void Report(const std::function<void()>& report) override { report(); }
-    [[nodiscard]] bool Busy() const override { return false; }
-    void Listen(const std::function<void()>& wait) override { wait(); }
-  } commands;
-  PeerContext context{GetModuleHandleW(nullptr), loop, commands, nullptr, nullptr};
-
-  const auto measureNew = [&](int types) {
-    const SeededSystem seeded(types);
-    return Measure(
-        context, types, [&] { NewFloor(types); },
-        [&](PeerContext* peers) { return NewScan(platform, peers, types); });
-  };
-  std::printf("%-36s %10s %10s %7s %7s\n", "", "floor ms", "scan ms", "ratio", "limit");
-  const Timing some = measureNew(20000);
-  bool kept = ReportBoth("New, 20,000 file types", some);
-  const Timing twice = measureNew(40000);
-  kept &= ReportBoth("New, 40,000 file types", twice);
-  kept &= Report("New, from 20,000 to 40,000, list", some.list, twice.list, kDoublingLimit);
-  kept &= Report("New, from 20,000 to 40,000, window", some.window, twice.window, kDoublingLimit);
-  kept &= ReportBoth("Send to, 5,000 files",
-                     Measure(context, kSendToFiles, SendToFloor,
-                             [&](PeerContext* peers) { return SendToScan(platform, peers); }));
-  return kept;
+  if (arguments.size() == 4 && arguments[0] == L"scan") {
+    PrepareFiles(arguments[3]);
+    MeasureScans(arguments[1], std::stoi(arguments[2]));
+  } else if (arguments.size() == 1 && arguments[0] == L"work") {
+    Program program;
+    MeasureRemovals(program);
+    MeasureSelections(program);
+    MeasureRestore(program);
+  } else if (arguments.size() == 3 && arguments[0] == L"start") {
+    MeasureStart(arguments[1], arguments[2]);
+  } else {
+    return 2;
+  }
+  return 0;
 }
 
 }  // namespace
-}  // namespace tarvelin
+}  // namespace tarvelin::bench
 
-int wmain() {
+int wmain(int count, wchar_t** arguments) {
   try {
-    return tarvelin::Run() ? 0 : 1;
+    return tarvelin::bench::Run({arguments + 1, arguments + count});
   } catch (const std::exception& error) {
     std::fprintf(stderr, "bench: %s\n", error.what());
-    return 2;
+    return 1;
   }
 }

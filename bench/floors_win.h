@@ -1,0 +1,34 @@
+// Floors: what the least program does that could do the same work, the bare calls to Windows in a
+// loop that keeps nothing. What the program takes beyond its floor is its own.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+namespace tarvelin::bench {
+
+inline const std::wstring kFolder = L"C:\\bench\\";
+inline const std::wstring kSendTo = kFolder + L"sendto\\";
+inline constexpr int kFiles = 50;  // icons and modules that the entries share, 10.ico to 59.ico
+
+// Does the calls of one scan, by its name in the seeds. Returns how many entries passed, so that a
+// seed that does not fit is noticed.
+int ScanFloor(const std::wstring& scan);
+
+// A shown window with a list that asks for the texts of the rows that are to be seen.
+class BareList {
+ public:
+  BareList();
+  ~BareList() { DestroyWindow(window_); }
+  BareList(const BareList&) = delete;
+  BareList& operator=(const BareList&) = delete;
+  void Show(int rows);
+  [[nodiscard]] HWND Handle() const { return list_; }
+
+ private:
+  HWND window_;
+  HWND list_;
+};
+
+}  // namespace tarvelin::bench

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "common/Corvane_Routine_New.h"
-#include "widgets/peers_win.h"
+#include "widgets/peer_context_win.h"
 
 namespace tarvelin {
 

@@ -42,9 +42,4 @@ void AttachPeers(TForm& form, PeerContext& context, const FormFrame& frame) {
   AttachChildren(form, {context, window, &window});
 }
 
-HWND WindowOf(const TControl& control) {
-  const auto* window = dynamic_cast<const Window*>(control.Peer());
-  return window ? window->Handle() : nullptr;
-}
-
 }  // namespace tarvelin

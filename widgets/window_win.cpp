@@ -243,4 +243,9 @@ void ContainerWindow::Paint(HDC dc, const RECT& area) {
   }
 }
 
+HWND WindowOf(const TControl& control) {
+  const auto* window = dynamic_cast<const Window*>(control.Peer());
+  return window ? window->Handle() : nullptr;
+}
+
 }  // namespace tarvelin

@@ -11,7 +11,7 @@
 
 #include "widgets/components.h"
 #include "widgets/paint_win.h"
-#include "widgets/peers_win.h"
+#include "widgets/peer_context_win.h"
 
 namespace tarvelin {
 
@@ -150,5 +150,8 @@ std::unique_ptr<ControlPeer> MakePeerOf(TControl& control, const Site& site) {
   static_cast<void>(((peer = MakePeerIf<Peers>(control, site)) || ...));
   return peer;
 }
+
+// The window of a control that has one, null before it has been made.
+[[nodiscard]] HWND WindowOf(const TControl& control);
 
 }  // namespace tarvelin

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what is missing on a Debian machine: install-packages.sh build|test|run|clang|package|x86|bench|fuzz...
+# Installs what is missing on a Debian machine: install-packages.sh build|test|run|docs|clang|package|x86|bench|fuzz...
 set -euo pipefail
 
 # shellcheck disable=SC1091  # os-release is not ours
@@ -28,6 +28,9 @@ for purpose in "$@"; do
     run)
       packages+=(wine wine64 fonts-wine fonts-droid-fallback xvfb xdotool imagemagick)
       ;;
+    docs)
+      packages+=(doxygen)
+      ;;
     clang)
       packages+=(clang)
       ;;
@@ -44,7 +47,7 @@ for purpose in "$@"; do
       packages+=(clang libclang-rt-dev libpng-dev libjpeg62-turbo-dev)
       ;;
     *)
-      echo "install-packages: build, test, run, clang, package, x86, bench or fuzz, not $purpose" >&2
+      echo "install-packages: build, test, run, docs, clang, package, x86, bench or fuzz, not $purpose" >&2
       exit 2
       ;;
   esac

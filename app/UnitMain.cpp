@@ -126,6 +126,8 @@ void TFormMain::FillPages() {
     controls.list->anchor = Anchor::Both;
     if (description.rowImages) controls.list->SetSmallImages(&imgListPublic);
     controls.list->OnSelectItem = [this, page] { SelectItem(page); };
+    controls.list->OnKey = [this, page](ListKey key) { ListKeyPressed(page, key); };
+    controls.list->OnMenu = [this, page] { return RowMenu(page); };
 
     if (page == Page::Settings) {
       chkBoxAll =
@@ -324,10 +326,11 @@ const PageDescription& TFormMain::Description(Page page) {
   return PageTable()[static_cast<std::size_t>(page)];
 }
 
-TButton& TFormMain::Button(Page page, ButtonRole role) {
+TButton* TFormMain::FindButton(Page page, ButtonRole role) {
   const auto& buttons = Description(page).buttons;
   const auto found = std::ranges::find(buttons, role, &ButtonDescription::role);
-  return *Controls(page).buttons.at(static_cast<std::size_t>(found - buttons.begin()));
+  if (found == buttons.end()) return nullptr;
+  return Controls(page).buttons.at(static_cast<std::size_t>(found - buttons.begin()));
 }
 
 void TFormMain::ButtonClick(Page page, ButtonRole role) {
@@ -343,6 +346,61 @@ void TFormMain::ButtonClick(Page page, ButtonRole role) {
     case ButtonRole::Restore:
       return Button_RestoreClick();
   }
+}
+
+void TFormMain::ListKeyPressed(Page page, ListKey key) {
+  const auto press = [&](ButtonRole role) {
+    if (TButton* button = FindButton(page, role)) button->Click();
+  };
+  switch (key) {
+    case ListKey::Delete:
+      return press(ButtonRole::Remove);
+    case ListKey::AltEnter:
+      return press(ButtonRole::Properties);
+    case ListKey::F2:
+      return press(ButtonRole::Modify);
+    case ListKey::CtrlC:
+      return CopyRow(page);
+    case ListKey::CtrlA:
+      if (page != Page::Settings) return;
+      chkBoxAll->SetMark(true);
+      return chkBoxAllClick();
+  }
+}
+
+std::vector<TMenuItem> TFormMain::RowMenu(Page page) {
+  std::vector<TMenuItem> menu;
+  for (TButton* button : Controls(page).buttons) {
+    menu.push_back({button->Caption(), button->Enabled(), [button] { button->Click(); }});
+  }
+  menu.push_back(
+      {Message(messages::kCopy), List(page).SelectedIndex() >= 0, [this, page] { CopyRow(page); }});
+  return menu;
+}
+
+void TFormMain::CopyRow(Page page) {
+  const TListView& list = List(page);
+  if (list.SelectedIndex() < 0) return;
+  const TListItem& row = list.Item(list.SelectedIndex());
+  // A column for each of the list's, and what else is known once each.
+  std::vector<std::wstring> cells{row.caption};
+  for (std::size_t column = 1; column < list.Columns().size(); ++column) {
+    cells.push_back(column <= row.subItems.size() ? row.subItems[column - 1] : std::wstring());
+  }
+  for (const std::wstring& detail : row.data->Details()) {
+    if (!detail.empty() && std::ranges::find(cells, detail) == cells.end()) {
+      cells.push_back(detail);
+    }
+  }
+  std::wstring text;
+  for (std::wstring& cell : cells) {
+    // What would end the cell, the line or the text stands as a blank.
+    std::ranges::replace_if(
+        cell, [](wchar_t c) { return c < L' '; }, L' ');
+    if (&cell != &cells.front()) text += L'\t';
+    text += cell;
+  }
+  platform_.clipboard.SetText(text);
 }
 
 // ---- Removal ----

@@ -91,6 +91,10 @@ class TFormMain : public TForm {
   void Button_ModifyClick();
   void Button_RestoreClick();
 
+  void ListKeyPressed(Page page, ListKey key);
+  [[nodiscard]] std::vector<TMenuItem> RowMenu(Page page);
+  void CopyRow(Page page);
+
   // What the commands share
   enum class Removal { Done, FileInUse, FileStays };
   // Asks, removes what the selected row stands for, takes the row out and tells what came of it. A
@@ -105,7 +109,8 @@ class TFormMain : public TForm {
   [[nodiscard]] std::shared_ptr<Record> SelectedRecord(Page page);
 
   [[nodiscard]] static const PageDescription& Description(Page page);
-  [[nodiscard]] TButton& Button(Page page, ButtonRole role);
+  [[nodiscard]] TButton* FindButton(Page page, ButtonRole role);  // null on a page without one
+  [[nodiscard]] TButton& Button(Page page, ButtonRole role) { return *FindButton(page, role); }
   [[nodiscard]] PageControls& Controls(Page page) { return pages_[static_cast<std::size_t>(page)]; }
   [[nodiscard]] TListView& List(Page page) { return *Controls(page).list; }
   [[nodiscard]] std::wstring Message(const Text& text) const { return language_.Message(text); }

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "common/clipboard.h"
 #include "common/registry.h"
 #include "common/text.h"
 
@@ -182,6 +183,7 @@ struct TPlatform {
   EditorWindows& editor;
   Resources& resources;
   Display& display;
+  Clipboard& clipboard;
 };
 
 }  // namespace tarvelin

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace tarvelin {
 
@@ -9,6 +10,8 @@ namespace tarvelin {
 class TRecord {
  public:
   virtual ~TRecord() = default;
+  // What a copy of the row says beside the texts of its columns.
+  [[nodiscard]] virtual std::vector<std::wstring> Details() const { return {}; }
 };
 
 // Where an add-on or a browser setting lives.
@@ -16,6 +19,10 @@ struct TIESec : TRecord {
   std::wstring FilePath;      // the module as registered, unexpanded; empty without one
   std::wstring RegLocation;   // of a key, on the settings page of a value
   std::wstring DefaultValue;  // what restoring a setting writes; empty on add-on rows
+
+  [[nodiscard]] std::vector<std::wstring> Details() const override {
+    return {FilePath, RegLocation, DefaultValue};
+  }
 };
 
 }  // namespace tarvelin

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "common/Corvane_Routine_New.h"
+#include "common/clipboard_win.h"
 #include "common/keys_win.h"
 #include "common/registry_win.h"
 #include "common/version_win.h"
@@ -471,7 +472,8 @@ struct WindowsPlatform::Parts {
   WindowsEditor editor{com, files};
   WindowsResources resources;
   WindowsDisplay display;
-  TPlatform platform{registry, files, modules, shell, boxes, editor, resources, display};
+  WindowsClipboard clipboard;
+  TPlatform platform{registry, files, modules, shell, boxes, editor, resources, display, clipboard};
 };
 
 WindowsPlatform::WindowsPlatform() : parts_(std::make_unique<Parts>()) {}

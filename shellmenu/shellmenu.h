@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "common/messages.h"
 #include "common/platform.h"
@@ -15,14 +16,24 @@ namespace tarvelin {
 struct TShellExtension : TRecord {
   std::wstring Target;   // the command line of a verb or the class identifier of a handler
   std::wstring KeyPath;  // below HKEY_CLASSES_ROOT, with a leading backslash
+
+  [[nodiscard]] std::vector<std::wstring> Details() const override {
+    return {Target, L"HKEY_CLASSES_ROOT" + KeyPath};
+  }
 };
 
 struct TNew : TRecord {
   std::wstring KeyPath;  // the ShellNew key below HKEY_CLASSES_ROOT, with a leading backslash
+
+  [[nodiscard]] std::vector<std::wstring> Details() const override {
+    return {L"HKEY_CLASSES_ROOT" + KeyPath};
+  }
 };
 
 struct TSendTo : TRecord {
   std::wstring FilePath;  // of the entry in the "Send to" folder
+
+  [[nodiscard]] std::vector<std::wstring> Details() const override { return {FilePath}; }
 };
 
 // Each scan fills an empty list and leaves any other alone.

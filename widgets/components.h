@@ -244,6 +244,16 @@ struct TListItem {
   std::shared_ptr<TRecord> data;  // a command holds on to the record of its row as well
 };
 
+// The keys by which a row's commands can be given from within a list.
+enum class ListKey { Delete, AltEnter, CtrlC, CtrlA, F2 };
+
+// An entry of the menu of a row.
+struct TMenuItem {
+  std::wstring caption;
+  bool enabled = true;
+  std::function<void()> OnClick;
+};
+
 // What a list tells its peer. A list without a window has this one, which shows nothing.
 class ListViewPeer : public ControlPeer {
  public:
@@ -307,6 +317,8 @@ class TListView : public TControl {
   std::function<void()> OnSelectItem;  // on every change of the selection
   std::function<void()> OnItemChecked;
   std::function<void()> OnDblClick;
+  std::function<void(ListKey)> OnKey;
+  std::function<std::vector<TMenuItem>()> OnMenu;  // the menu of the selected row, or of the list
 
  private:
   [[nodiscard]] TListItem& At(int index);

@@ -51,6 +51,7 @@ class MainForm : public ::testing::Test {
     throw std::runtime_error("no component " + ToUtf8(name));
   }
   TListView& List(std::wstring_view name) { return Find<TListView>(name); }
+  TListView& lvHijack() { return form_->lvHijack(); }
   bool Enabled(std::wstring_view name) { return Find<TButton>(name).Enabled(); }
   void Press(std::wstring_view button) {
     application_.Run([&] { Find<TButton>(button).Click(); });
@@ -217,6 +218,45 @@ TEST_F(MainForm, ALongNameIsShortenedInAQuestion) {
   Press(L"btnCMRmv");
   EXPECT_EQ(world_.boxes.shown.back().text, L"Are you sure to remove \"" + std::wstring(499, L'a') +
                                                 L"\x2026" + std::wstring(498, L'z') + L"\"?");
+}
+
+TEST_F(MainForm, KeysAndTheRowMenuDoWhatTheButtonsDo) {
+  Start();
+  Visit(L"IE BHOs");
+  TListView& list = List(L"lvBHO");
+  const auto press = [&](ListKey key) { application_.Run([&] { list.OnKey(key); }); };
+  for (const ListKey key : {ListKey::Delete, ListKey::AltEnter, ListKey::CtrlC, ListKey::F2}) {
+    press(key);  // no row is selected
+  }
+  EXPECT_FALSE(list.OnMenu().back().enabled);
+  list.SetSelectedIndex(1);
+  press(ListKey::AltEnter);
+  EXPECT_EQ(world_.shell.properties, std::vector<std::wstring>{L"C:\\C.dll"});
+  press(ListKey::CtrlC);
+  EXPECT_EQ(world_.clipboard.content,
+            L"Unknown\tUnknown\tC:\\C.dll\tHKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\{C}");
+  const auto menu = list.OnMenu();
+  ASSERT_EQ(menu.size(), 3U);
+  EXPECT_EQ(menu[0].caption, L"Remove");
+  EXPECT_EQ(menu[1].caption, L"Properties");
+  EXPECT_EQ(menu[2].caption, L"Copy");
+  world_.boxes.answers = {kAnswerYes, kAnswerOk};
+  application_.Run(menu[0].OnClick);
+  EXPECT_FALSE(world_.registry.Has(kClasses + L"CLSID\\{C}"));
+  EXPECT_EQ(list.Count(), 1);
+
+  Visit(L"IE Settings");
+  lvHijack().OnKey(ListKey::CtrlA);
+  EXPECT_TRUE(lvHijack().Item(21).checked);
+  EXPECT_TRUE(Find<TCheckBox>(L"chkBoxAll").Checked());
+  lvHijack().SetSelectedIndex(7);
+  lvHijack().OnKey(ListKey::CtrlC);
+  EXPECT_EQ(world_.clipboard.content,
+            L"Start Page(All Users)\t\t"
+            L"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Internet Explorer\\Main|Start Page\t"
+            L"http://www.msn.com");
+  lvHijack().OnKey(ListKey::F2);
+  EXPECT_TRUE(change_->Visible());
 }
 
 TEST_F(MainForm, ARestoreThatWritesNothingClearsSelectAllAlone) {

@@ -166,6 +166,12 @@ class FakeDisplay : public Display {
   }
 };
 
+class FakeClipboard : public Clipboard {
+ public:
+  std::wstring content;
+  void SetText(std::wstring_view text) override { content = text; }
+};
+
 class EnglishMessages : public MessageLookup {
  public:
   std::wstring Message(const Text& text) const override { return std::wstring(text.english); }
@@ -180,7 +186,8 @@ struct TestPlatform {
   FakeEditor editor;
   FolderResources resources;
   FakeDisplay display;
-  TPlatform platform{registry, files, modules, shell, boxes, editor, resources, display};
+  FakeClipboard clipboard;
+  TPlatform platform{registry, files, modules, shell, boxes, editor, resources, display, clipboard};
 };
 
 }  // namespace tarvelin::testing

@@ -239,6 +239,7 @@ void TFormMain::ItemClick(Page page) {
     const ListUpdate update(*controls.list);
     Scan(page, *controls.list);
   }
+  controls.list->SetEmptyText(controls.list->Count() > 0 ? L"" : Message(messages::kNothingFound));
   // Another item may have been chosen while a listing let messages through.
   if (!controls.item->Selected()) return;
   PageNote1.SetActivePage(controls.page);

@@ -88,6 +88,8 @@ void RunProgram(HINSTANCE instance) {
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int) {
   tarvelin::PrepareProcess();
+  // A long listing is no hang: the window keeps its own picture meanwhile.
+  DisableProcessWindowsGhosting();
   std::wstring reason;
   try {
     tarvelin::RunProgram(instance);

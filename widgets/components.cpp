@@ -225,6 +225,12 @@ void TListView::SetSelectedIndex(int index) {
   if (OnSelectItem) OnSelectItem();
 }
 
+void TListView::SetEmptyText(std::wstring_view text) {
+  if (emptyText_ == text) return;
+  emptyText_ = text;
+  Notify(Change::Caption);
+}
+
 void TListView::SetCheckBoxes(bool checkBoxes) {
   if (checkBoxes_ == checkBoxes) return;
   checkBoxes_ = checkBoxes;

@@ -301,6 +301,10 @@ class TListView : public TControl {
   [[nodiscard]] int SelectedIndex() const { return selected_; }  // -1 when none is
   void SetSelectedIndex(int index);
 
+  // What the list says instead of rows while it has none; empty for nothing.
+  [[nodiscard]] const std::wstring& EmptyText() const { return emptyText_; }
+  void SetEmptyText(std::wstring_view text);
+
   [[nodiscard]] bool CheckBoxes() const { return checkBoxes_; }
   void SetCheckBoxes(bool checkBoxes);
   [[nodiscard]] TImageList* SmallImages() const { return smallImages_; }
@@ -326,6 +330,7 @@ class TListView : public TControl {
 
   std::vector<TListColumn> columns_;
   std::vector<TListItem> items_;
+  std::wstring emptyText_;
   int selected_ = -1;
   bool checkBoxes_ = false;
   int updates_ = 0;

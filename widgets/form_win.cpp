@@ -76,6 +76,7 @@ void FormWindow::RunModal() {
   modal_ = true;
   EnableWindow(frame_.owner, FALSE);
   ShowWindow(Handle(), SW_SHOW);
+  SetCursor(LoadCursorW(nullptr, IDC_ARROW));
   site_.context.commands.Listen(
       [this] { site_.context.loop.RunUntil([this] { return !component_.Visible(); }); });
   Hide();

@@ -1,8 +1,10 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <windowsx.h>
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -35,6 +37,14 @@ class ListPeer : public WindowPeer<TListView, Window, ListViewPeer> {
  protected:
   LRESULT Process(UINT message, WPARAM wParam, LPARAM lParam) override;
   std::optional<LRESULT> Reflected(UINT message, WPARAM wParam, LPARAM lParam) override;
+  // Screen readers read it as the list's name; it is not shown.
+  [[nodiscard]] std::wstring WindowText() const override {
+    return component_.Caption() + (IsEmpty() ? L": " + component_.EmptyText() : L"");
+  }
+  void Apply(Change change) override {
+    WindowPeer::Apply(change);
+    if (change == Change::Caption) Invalidate();
+  }
 
  private:
   // While the program itself changes the control, what the control reports is no news.
@@ -66,7 +76,13 @@ class ListPeer : public WindowPeer<TListView, Window, ListViewPeer> {
   void SetState(int index, UINT state, UINT mask);
   [[nodiscard]] UINT Mark(int index) const;
   void FillIn(LVITEMW& item) const;
+  LRESULT Draw(NMLVCUSTOMDRAW& draw) const;
   LRESULT DrawRow(NMLVCUSTOMDRAW& draw) const;
+  void DrawEmptyText(HDC dc) const;
+  [[nodiscard]] bool IsEmpty() const {
+    return component_.Count() == 0 && !component_.EmptyText().empty();
+  }
+  void ShowMenu(POINT at);
   void Toggle(int index);
   void Clicked(const NMITEMACTIVATE& click);
   void RowReported(const NMLISTVIEW& change);
@@ -212,7 +228,6 @@ void ListPeer::FillIn(LVITEMW& item) const {
 // told from the background. It is the row that the page's buttons act on, so it looks selected
 // always.
 LRESULT ListPeer::DrawRow(NMLVCUSTOMDRAW& draw) const {
-  if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
   if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT ||
       static_cast<int>(draw.nmcd.dwItemSpec) != component_.SelectedIndex()) {
     return CDRF_DODEFAULT;
@@ -225,7 +240,73 @@ LRESULT ListPeer::DrawRow(NMLVCUSTOMDRAW& draw) const {
   return CDRF_NEWFONT;
 }
 
+LRESULT ListPeer::Draw(NMLVCUSTOMDRAW& draw) const {
+  if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) {
+    return IsEmpty() ? CDRF_NOTIFYPOSTPAINT : CDRF_NOTIFYITEMDRAW;
+  }
+  if (draw.nmcd.dwDrawStage != CDDS_POSTPAINT) return DrawRow(draw);
+  DrawEmptyText(draw.nmcd.hdc);
+  return CDRF_DODEFAULT;
+}
+
+void ListPeer::DrawEmptyText(HDC dc) const {
+  RECT area{};
+  GetClientRect(Handle(), &area);
+  const std::wstring& text = component_.EmptyText();
+  const HFONT font = site_.context.fonts.Plain();
+  area.left = std::max<LONG>((area.right - TextExtent(font, text).cx) / 2, 0);
+  DrawTextLine(dc, font, GetSysColor(COLOR_GRAYTEXT), text, area);
+}
+
 // ---- From the user ----
+
+namespace {
+
+// The command that a key gives; none for any other key, and for one that is held down.
+std::optional<ListKey> KeyOf(UINT message, WPARAM key, LPARAM lParam) {
+  constexpr LPARAM wasDown = LPARAM{1} << 30;
+  if (lParam & wasDown) return std::nullopt;
+  if (message == WM_KEYDOWN && key == VK_DELETE) return ListKey::Delete;
+  if (message == WM_KEYDOWN && key == VK_F2) return ListKey::F2;
+  if (message == WM_SYSKEYDOWN && key == VK_RETURN) return ListKey::AltEnter;
+  // Keys with Ctrl come as the control characters that they stand for.
+  if (message == WM_CHAR && key == L'C' - L'@') return ListKey::CtrlC;
+  if (message == WM_CHAR && key == L'A' - L'@') return ListKey::CtrlA;
+  return std::nullopt;
+}
+
+struct MenuTraits : NullHandleTraits<HMENU> {
+  static void Close(HMENU handle) { DestroyMenu(handle); }
+};
+
+}  // namespace
+
+void ListPeer::ShowMenu(POINT at) {
+  int row = component_.SelectedIndex();
+  if (at.x == -1 && at.y == -1) {
+    // From the keyboard: below the selected row.
+    RECT place{LVIR_LABEL, 0, 0, 0};
+    const bool shown = row >= 0 && SendWith(LVM_GETITEMRECT, static_cast<WPARAM>(row), place);
+    at = shown ? POINT{place.left, place.bottom} : POINT{0, 0};
+    ClientToScreen(Handle(), &at);
+  } else {
+    LVHITTESTINFO hit{};
+    hit.pt = at;
+    ScreenToClient(Handle(), &hit.pt);
+    row = static_cast<int>(SendWith(LVM_HITTEST, 0, hit));
+    component_.SetSelectedIndex(row);
+  }
+
+  const std::vector<TMenuItem> items = component_.OnMenu();
+  const UniqueHandle<MenuTraits> menu(CreatePopupMenu());
+  for (std::size_t index = 0; index < items.size(); ++index) {
+    AppendMenuW(menu.Get(), MF_STRING | (items[index].enabled ? MF_ENABLED : MF_GRAYED), index + 1,
+                Literal(items[index].caption).c_str());
+  }
+  const BOOL chosen =
+      TrackPopupMenu(menu.Get(), TPM_RETURNCMD | TPM_RIGHTBUTTON, at.x, at.y, 0, Handle(), nullptr);
+  if (chosen > 0) items[static_cast<std::size_t>(chosen) - 1].OnClick();
+}
 
 LRESULT ListPeer::Process(UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_NOTIFY) {
@@ -235,6 +316,15 @@ LRESULT ListPeer::Process(UINT message, WPARAM wParam, LPARAM lParam) {
       ColumnReported(*reinterpret_cast<const NMHEADERW*>(lParam));
       return result;
     }
+  }
+  if (const auto key = KeyOf(message, wParam, lParam); key && component_.OnKey) {
+    Run([&] { component_.OnKey(*key); });
+    return 0;
+  }
+  if (message == WM_SYSCHAR && wParam == VK_RETURN) return 0;  // it would be answered by a beep
+  if (message == WM_CONTEXTMENU && component_.OnMenu) {
+    Run([&] { ShowMenu({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}); });
+    return 0;
   }
   if (message == LVM_SETITEMSTATE) {
     // From another program, such as a screen reader's "toggle": the control has no marks to set.
@@ -268,7 +358,7 @@ std::optional<LRESULT> ListPeer::Reflected(UINT message, WPARAM, LPARAM lParam) 
       return text ? component_.FindCaption(search.lvfi.psz, search.iStart) : -1;
     }
     case NM_CUSTOMDRAW:
-      return DrawRow(*reinterpret_cast<NMLVCUSTOMDRAW*>(lParam));
+      return Draw(*reinterpret_cast<NMLVCUSTOMDRAW*>(lParam));
     case LVN_ITEMCHANGED:
       if (!mirroring_) RowReported(*reinterpret_cast<const NMLISTVIEW*>(lParam));
       return 0;

@@ -36,9 +36,9 @@ void MessageLoop::ProcessWaiting() {
 
 void MessageLoop::Handle(MSG& message) {
   if (IsHeldAnswer(message)) {
-    // A blank may be typed many times over.
+    // A blank may be typed many times over, into what has a text to select.
     const LRESULT wants = SendMessageW(message.hwnd, WM_GETDLGCODE, 0, 0);
-    if (message.wParam != VK_SPACE || !(wants & DLGC_WANTCHARS)) return;
+    if (message.wParam != VK_SPACE || !(wants & DLGC_HASSETSEL)) return;
   }
   const bool keyTaken = hook && hook(message);
   if (!keyTaken && message.hwnd) {

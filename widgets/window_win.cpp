@@ -139,6 +139,14 @@ LRESULT Window::Receive(UINT message, WPARAM wParam, LPARAM lParam) {
   return Process(message, wParam, lParam);
 }
 
+void Window::Run(const std::function<void()>& command) {
+  if (site_.context.commands.Busy()) return;
+  // A moment later a window below the pointer, this one or that of a box, sets its own again.
+  const HCURSOR former = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  site_.context.commands.Run(command);
+  SetCursor(former);
+}
+
 bool Window::TakesInput() const {
   // Windows keeps mouse and keys from a window that waits for a modal one, but no message that
   // another program, or an add-on's code in this one, has posted.

@@ -82,7 +82,7 @@ class Window {
   virtual void Apply(Change change);
 
   // What the user asks for, and what the window tells of its own state.
-  void Run(const std::function<void()>& command) { site_.context.commands.Run(command); }
+  void Run(const std::function<void()>& command);
   void Report(const std::function<void()>& report) { site_.context.commands.Report(report); }
   void Invalidate() { InvalidateRect(handle_, nullptr, FALSE); }
 

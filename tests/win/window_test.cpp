@@ -141,6 +141,46 @@ TEST_F(WindowTest, ARemovalLeavesTheKeyboardInTheList) {
   EXPECT_EQ(app_.Rows().at(static_cast<std::size_t>(row)).at(0), L"Third");
 }
 
+std::wstring ClipboardText() {
+  WaitUntil([] { return OpenClipboard(nullptr) != FALSE; }, L"the clipboard");
+  const HANDLE memory = GetClipboardData(CF_UNICODETEXT);
+  const auto* text = memory ? static_cast<const wchar_t*>(GlobalLock(memory)) : nullptr;
+  std::wstring content = text ? text : L"";
+  if (text) GlobalUnlock(memory);
+  EmptyClipboard();
+  CloseClipboard();
+  return content;
+}
+
+TEST_F(WindowTest, ARowAnswersKeysAndItsMenu) {
+  const std::wstring first =
+      L"First\tAll Files(ContextMenu)\t{5A3D0101-7E1A-4F6B-9C42-1D0000000001}\t"
+      L"HKEY_CLASSES_ROOT\\*\\shellex\\ContextMenuHandlers\\First";
+  app_.Press(VK_TAB);
+  app_.Act(app_.List(), WM_KEYDOWN, VK_DELETE, 1);
+  EXPECT_EQ(app_.Modal(), nullptr) << "no row is selected";
+  app_.Select(app_.RowOf(L"First"));
+  app_.Act(app_.List(), WM_CHAR, 3, 1);  // Ctrl+C
+  EXPECT_EQ(ClipboardText(), first);
+
+  const auto menu = [] { return FindWindowW(L"#32768", nullptr) != nullptr; };
+  PostMessageW(app_.List(), WM_CONTEXTMENU, 0, -1);
+  WaitUntil(menu, L"a menu");
+  PostMessageW(app_.List(), WM_KEYDOWN, VK_UP, 1);  // from the top to the end, which is Copy
+  PostMessageW(app_.List(), WM_KEYDOWN, VK_RETURN, 1);
+  WaitUntil([&] { return !menu(); }, L"the menu to close");
+  WaitUntil([&] { return IsClipboardFormatAvailable(CF_UNICODETEXT) != FALSE; }, L"a copy");
+  EXPECT_EQ(ClipboardText(), first);
+
+  app_.Hold(VK_DELETE);
+  EXPECT_EQ(app_.Modal(), nullptr);
+  app_.Act(app_.List(), WM_KEYDOWN, VK_DELETE, 1);
+  EXPECT_EQ(app_.Answer(IDNO).text, L"Are you sure to remove \"First\"?");
+
+  app_.Open(L"IE Toolbars");
+  EXPECT_EQ(TextOf(app_.List()), L"IE Toolbars: No entries were found.");
+}
+
 TEST_F(WindowTest, TellsScreenReadersWhatItShows) {
   for (const wchar_t* caption : {L"Context Menu", L"Shell Extensions", L"IE BHOs", L"Close"}) {
     EXPECT_EQ(AccessibleOf(app_.Button(caption)).name, caption);

@@ -56,12 +56,15 @@ measure() {
   tools/wine-prefix.sh remove "$prefix"
   prefix=
 }
-windows_path() { printf 'Z:%s' "$(realpath "$1" | tr / '\\')"; }
+windows_path() {
+  local path
+  path=$(realpath "$1")
+  printf 'Z:%s' "${path//\//\\}"
+}
 module=$(windows_path "$build/sample/dunmorrel.dll")
 measure desktop system seed-start start "$(windows_path "$build/Tarvelin.exe")" \
   "$(windows_path "$build/bench/bare_win.exe")"
-# Without a display: drawing a row for each of ten thousand selections would hide all else.
-measure null user "seed work 10000" work
+measure desktop user "seed work 10000" work
 for scan in shell new sendto menus bars toolbars buttons helpers activex settings; do
   measure desktop user "seed $scan $most" scan "$scan" "$most" "$module"
 done

@@ -1,6 +1,10 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <oleacc.h>
+
+#include <memory>
+#include <utility>
 
 #include "widgets/controls_win.h"
 #include "widgets/navigation.h"
@@ -59,6 +63,8 @@ class NavigationButton : public Window {
   std::optional<LRESULT> Reflected(UINT message, WPARAM wParam, LPARAM lParam) override;
   void Apply(Change change) override;
   virtual void Click() = 0;
+  // Tells assistive programs what only the program knows of the button (STATE_SYSTEM_*).
+  void TellState(long state);
   // What stands for this button in the bar's order of focus.
   [[nodiscard]] virtual const TControl& Stop() const { return control_; }
   virtual void Draw(HDC dc, const RECT& area) = 0;
@@ -78,6 +84,7 @@ class NavigationButton : public Window {
   void SetHot(bool hot);
 
   bool hot_ = false;
+  const std::shared_ptr<long> state_ = std::make_shared<long>(0);
 };
 
 LRESULT NavigationButton::Process(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -109,6 +116,12 @@ LRESULT NavigationButton::Process(UINT message, WPARAM wParam, LPARAM lParam) {
       return TRUE;
     case WM_ERASEBKGND:
       return TRUE;
+    case WM_GETOBJECT:
+      if (static_cast<LONG>(lParam) == static_cast<LONG>(OBJID_CLIENT)) {
+        const LRESULT object = site_.context.accessibility.ObjectFor(Handle(), wParam, state_);
+        if (object) return object;
+      }
+      break;
     default:
       break;
   }
@@ -140,6 +153,11 @@ void NavigationButton::Apply(Change change) {
   }
   Window::Apply(change);
   if (change == Change::Caption) Invalidate();
+}
+
+void NavigationButton::TellState(long state) {
+  if (std::exchange(*state_, state) == state) return;
+  NotifyWinEvent(EVENT_OBJECT_STATECHANGE, Handle(), OBJID_CLIENT, CHILDID_SELF);
 }
 
 bool NavigationButton::Key(WPARAM key) {
@@ -198,7 +216,10 @@ class HeaderPeer : public WindowPeer<TImageNote, NavigationButton> {
   HeaderPeer(TImageNote& image, const Site& site)
       : WindowPeer(image, site), bitmap_(image.Picture()) {
     CreateButton();
+    TellOpened();
   }
+
+  void TellOpened() { TellState(group_.Opened() ? STATE_SYSTEM_EXPANDED : STATE_SYSTEM_COLLAPSED); }
 
  protected:
   std::wstring WindowText() const override { return Literal(Label().Caption()); }
@@ -254,11 +275,22 @@ class GroupPeer : public WindowPeer<TGroup, ContainerWindow> {
   }
 
   [[nodiscard]] HWND FocusHandle() const override { return WindowOf(*component_.HeaderImage()); }
+
+ protected:
+  void Apply(Change change) override {
+    WindowPeer::Apply(change);
+    // Opening and closing changes the group's height.
+    auto* header = dynamic_cast<HeaderPeer*>(component_.HeaderImage()->Peer());
+    if (change == Change::Bounds && header) header->TellOpened();
+  }
 };
 
 class GroupItemPeer : public WindowPeer<TGroupItem, NavigationButton> {
  public:
-  GroupItemPeer(TGroupItem& item, const Site& site) : WindowPeer(item, site) { CreateButton(); }
+  GroupItemPeer(TGroupItem& item, const Site& site) : WindowPeer(item, site) {
+    CreateButton();
+    TellSelected();
+  }
 
  protected:
   std::wstring WindowText() const override { return Literal(component_.Caption()); }
@@ -269,6 +301,7 @@ class GroupItemPeer : public WindowPeer<TGroupItem, NavigationButton> {
       bar_.MoveTabStop(Handle());
     }
     NavigationButton::Apply(change);
+    if (change == Change::Color) TellSelected();
   }
 
   void Click() override { component_.Click(); }
@@ -293,6 +326,11 @@ class GroupItemPeer : public WindowPeer<TGroupItem, NavigationButton> {
     DrawTextLine(dc, site_.context.fonts.Plain(), color, component_.Caption(),
                  {area.left + kTextLeft, area.top, area.right - 2, area.bottom});
     if (FocusShown()) DrawFocus(dc, area);
+  }
+
+ private:
+  void TellSelected() {
+    TellState(STATE_SYSTEM_SELECTABLE | (component_.Selected() ? STATE_SYSTEM_SELECTED : 0));
   }
 };
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "widgets/accessible_win.h"
 #include "widgets/commands.h"
 #include "widgets/message_loop_win.h"
 #include "widgets/paint_win.h"
@@ -23,6 +24,7 @@ struct PeerContext {
   HICON icon;          // of the program, 32 x 32
   HICON smallIcon;     // 16 x 16
   Fonts fonts{};
+  Accessibility accessibility{};
   std::unordered_map<HWND, Window*> windows{};  // those that exist, by handle
 };
 

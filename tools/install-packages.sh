@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what is missing on a Debian machine: install-packages.sh build|test|run|docs|clang|package|x86|bench|fuzz...
+# Installs what is missing on a Debian machine: install-packages.sh PURPOSE...     (see below)
 set -euo pipefail
 
 # shellcheck disable=SC1091  # os-release is not ours
@@ -35,7 +35,7 @@ for purpose in "$@"; do
       packages+=(clang)
       ;;
     package)
-      packages+=(nsis librsvg2-bin imagemagick osslsigncode python3-pefile git)
+      packages+=(nsis librsvg2-bin imagemagick osslsigncode openssl python3-pefile git)
       ;;
     x86)
       packages+=(debootstrap)

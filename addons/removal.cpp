@@ -62,10 +62,7 @@ void TScanIeBrowser::UnregisterActiveX(std::wstring_view removal) {
   if (removal.find(L'\0', brace) != std::wstring_view::npos) return;
   const std::wstring classId(Trim(removal.substr(brace)));
   TRegistry registry(platform_.registry, RootKey::LocalMachine);
-  if (registry.OpenKey(kMachineClassIds + classId, false)) {
-    registry.DeleteKey(kMachineClassIds + classId);
-  }
-  registry.CloseKey();
+  registry.DeleteKey(kMachineClassIds + classId);
   registry.DeleteKey(kDistributionUnits + classId);
 }
 

@@ -73,16 +73,11 @@ bool IsWithin(std::wstring_view path, std::wstring_view ancestor) {
 
 // `path` without the components by which a 32-bit program's part of the registry differs.
 std::wstring WithoutView(std::wstring_view path) {
-  constexpr std::wstring_view view = L"Wow6432Node";
   std::wstring plain;
-  for (bool more = true; more;) {
-    const auto end = path.find(L'\\');
-    const auto component = path.substr(0, end);
-    more = end != std::wstring_view::npos;
-    if (more) path.remove_prefix(end + 1);
-    if (SameText(component, view)) continue;
-    if (!plain.empty()) plain += L'\\';
-    plain += component;
+  for (std::size_t begin = 0, end = 0; begin <= path.size(); begin = end + 1) {
+    end = std::min(path.find(L'\\', begin), path.size());
+    const auto component = path.substr(begin, end - begin);
+    if (!SameText(component, L"Wow6432Node")) plain = Join(plain, component);
   }
   return plain;
 }

@@ -156,6 +156,7 @@ TEST_F(RemovalTest, DeletesExactlyWhatIsNamed) {
   registry.Key(kClass + L"{2}\\Sub").Key(kUnit + L"{2}").Link(kClass + L"{3}", kClass + L"{1}");
   registry.Key(kButton + L"{2}\\Sub").Key(kButton + L"{3}").Integer(kToolbar, L"{2}", 0);
   registry.Child(kEntry, L"A\0"s).Child(kButton, L"\0"s);
+  registry.Restrict(kClass + L"{2}", Rights::AllButOwnership);
   EXPECT_EQ(scanner.RemoveAddon(kUnregister, L"%SYSTEMROOT%\\w.oCx|" + kClass + L"{2}"), 0);
   EXPECT_EQ(scanner.RemoveAddon(kUnregister, L"C:/1.dll|" + kClass + L"{3} "), 0);
   EXPECT_EQ(test.modules.unregistered, (std::vector{L"C:\\Windows\\w.oCx"s, L"C:\\1.dll"s}));

@@ -91,7 +91,9 @@ TEST(Pictures, RefusesDamagedFiles) {
     Bytes damaged = png;  // checksums cover every byte
     damaged[at] ^= std::byte{1} << at % 8;
     // Newer libraries pass over the checksum of the last chunk, which is empty.
-    if (at + 4 < png.size()) EXPECT_FALSE(DecodePng(damaged)) << at;
+    if (at + 4 < png.size()) {
+      EXPECT_FALSE(DecodePng(damaged)) << at;
+    }
   }
   for (std::size_t cut = 1; cut <= jpeg.size(); cut += cut < 40 ? 1 : 199) {
     EXPECT_FALSE(DecodeJpeg(jpeg.first(jpeg.size() - cut))) << cut;

@@ -48,7 +48,8 @@ bool ShowToDialog(TApplication& application, TFormChange& change, const MSG& mes
 }
 
 void RunProgram(HINSTANCE instance) {
-  const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES};
+  const INITCOMMONCONTROLSEX controls{
+      sizeof controls, ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES | ICC_BAR_CLASSES};
   InitCommonControlsEx(&controls);
 
   const std::wstring path = ExecutablePath();

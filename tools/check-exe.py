@@ -60,7 +60,7 @@ def checks(path, version):
 
     manifest = dict(contents("RT_MANIFEST")).get(1, b"").decode()
     for needed in ["Microsoft.Windows.Common-Controls", 'level="highestAvailable"',
-                   "{8e0f7a12-bfb3-4fe8-b9a5-48fd50a15a9a}",
+                   "{8e0f7a12-bfb3-4fe8-b9a5-48fd50a15a9a}", "<gdiScaling>true</gdiScaling>",
                    f'name="Tarvelin" version="{version}.0"']:
         yield f"a manifest with {needed}", needed in manifest
     # With another code page for the process, language files without a mark would be misread.

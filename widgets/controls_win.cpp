@@ -143,6 +143,7 @@ class LabelGraphic : public GraphicPeer<TLabel> {
     DrawTextLine(dc, font, TextColor(kBlack), component_.Caption(), LabelArea(component_, font),
                  DT_TOP);
   }
+  [[nodiscard]] bool IsText() const override { return true; }
 };
 
 class ImageGraphic : public GraphicPeer<TImage> {

@@ -42,7 +42,34 @@ class GroupBarPeer : public WindowPeer<TGroupBar, ContainerWindow> {
   }
   [[nodiscard]] HWND TabStop() const { return tabStop_; }
 
+  // The tool tip of a button, which shows nothing until it has a text.
+  void AddTip(HWND button) {
+    if (!tips_) {
+      tips_ =
+          CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX, 0, 0, 0, 0,
+                          GetAncestor(Handle(), GA_ROOT), nullptr, site_.context.instance, nullptr);
+    }
+    std::wstring none;
+    TTTOOLINFOW tool = Tool(button, none);
+    SendMessageW(tips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+  }
+  void SetTip(HWND button, std::wstring text) {
+    TTTOOLINFOW tool = Tool(button, text);
+    SendMessageW(tips_, TTM_UPDATETIPTEXTW, 0, reinterpret_cast<LPARAM>(&tool));
+  }
+
  private:
+  [[nodiscard]] TTTOOLINFOW Tool(HWND button, std::wstring& text) const {
+    TTTOOLINFOW tool{};
+    tool.cbSize = TTTOOLINFOW_V2_SIZE;
+    tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+    tool.hwnd = Handle();
+    tool.uId = reinterpret_cast<UINT_PTR>(button);
+    tool.lpszText = text.data();
+    return tool;
+  }
+
+  HWND tips_ = nullptr;  // goes with the form, which owns it
   HWND tabStop_ = nullptr;
 };
 
@@ -57,6 +84,7 @@ class NavigationButton : public Window {
   void CreateButton() {
     CreateSystem({WC_BUTTONW, WS_CHILD | BS_OWNERDRAW});
     if (!bar_.TabStop()) bar_.MoveTabStop(Handle());
+    bar_.AddTip(Handle());
   }
 
   LRESULT Process(UINT message, WPARAM wParam, LPARAM lParam) override;
@@ -67,7 +95,16 @@ class NavigationButton : public Window {
   void TellState(long state);
   // What stands for this button in the bar's order of focus.
   [[nodiscard]] virtual const TControl& Stop() const { return control_; }
-  virtual void Draw(HDC dc, const RECT& area) = 0;
+  // What lies under the caption.
+  virtual void DrawGround(HDC dc, const RECT& area) = 0;
+  struct CaptionLine {
+    HFONT font;
+    COLORREF color;
+    std::wstring text;
+    RECT place;
+    RECT focus;
+  };
+  [[nodiscard]] virtual CaptionLine CaptionIn(const RECT& area) const = 0;
 
   [[nodiscard]] bool Hot() const { return hot_; }
   [[nodiscard]] bool HasFocus() const { return GetFocus() == Handle(); }
@@ -131,8 +168,14 @@ LRESULT NavigationButton::Process(UINT message, WPARAM wParam, LPARAM lParam) {
 std::optional<LRESULT> NavigationButton::Reflected(UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_DRAWITEM) {
     const auto& item = *reinterpret_cast<const DRAWITEMSTRUCT*>(lParam);
-    const BufferedDc buffer(item.hDC, item.rcItem);
-    Draw(buffer.Get(), item.rcItem);
+    DrawGround(BufferedDc(item.hDC, item.rcItem).Get(), item.rcItem);
+    const CaptionLine line = CaptionIn(item.rcItem);
+    DrawTextLine(item.hDC, line.font, line.color, line.text, line.place);
+    if (FocusShown()) {
+      SetTextColor(item.hDC, kBlack);
+      SetBkColor(item.hDC, kWhite);
+      DrawFocusRect(item.hDC, &line.focus);
+    }
     return TRUE;
   }
   // The second press of a double click is a click as well: it closes what the first one opened.
@@ -200,14 +243,13 @@ void NavigationButton::SetHot(bool hot) {
   if (hot) {
     TRACKMOUSEEVENT leave{sizeof leave, TME_LEAVE, Handle(), 0};
     TrackMouseEvent(&leave);
+    RECT area{};
+    GetClientRect(Handle(), &area);
+    const CaptionLine line = CaptionIn(area);
+    const bool cutOff = TextExtent(line.font, line.text).cx > line.place.right - line.place.left;
+    bar_.SetTip(Handle(), cutOff ? line.text : L"");
   }
   Invalidate();
-}
-
-void DrawFocus(HDC dc, RECT area) {
-  SetTextColor(dc, kBlack);
-  SetBkColor(dc, kWhite);
-  DrawFocusRect(dc, &area);
 }
 
 // The header of a group: the strip's picture with the label's caption over it.
@@ -232,21 +274,25 @@ class HeaderPeer : public WindowPeer<TImageNote, NavigationButton> {
   void Click() override { group_.ClickHeader(); }
   const TControl& Stop() const override { return group_; }
 
-  void Draw(HDC dc, const RECT& area) override {
-    COLORREF color = kBlack;
+  void DrawGround(HDC dc, const RECT& area) override {
     if (HighContrast()) {
-      color = GetSysColor(COLOR_BTNTEXT);
       Fill(dc, area, GetSysColor(COLOR_BTNFACE));
       FrameRect(dc, &area, GetSysColorBrush(COLOR_BTNTEXT));
     } else {
       Fill(dc, area, bar_.Bar().Color());
       bitmap_.Draw(dc, area, component_.stretch);
     }
+  }
+
+  CaptionLine CaptionIn(const RECT& area) const override {
     RECT text = area;
     text.left = Label().Bounds().left;
     text.right -= GetSystemMetrics(SM_CXSMICON) + 4;  // the picture's arrow
-    DrawTextLine(dc, site_.context.fonts.Of(Label().Style()), color, Label().Caption(), text);
-    if (FocusShown()) DrawFocus(dc, {area.left + 2, area.top + 2, area.right - 2, area.bottom - 2});
+    return {site_.context.fonts.Of(Label().Style()),
+            HighContrast() ? GetSysColor(COLOR_BTNTEXT) : kBlack,
+            Label().Caption(),
+            text,
+            {area.left + 2, area.top + 2, area.right - 2, area.bottom - 2}};
   }
 
  private:
@@ -306,12 +352,10 @@ class GroupItemPeer : public WindowPeer<TGroupItem, NavigationButton> {
 
   void Click() override { component_.Click(); }
 
-  void Draw(HDC dc, const RECT& area) override {
-    COLORREF color = TextColor(component_.FontColor());
+  void DrawGround(HDC dc, const RECT& area) override {
     COLORREF background = BackgroundColor(group_.Color());
     if (component_.Selected()) {
       background = HighContrast() ? GetSysColor(COLOR_HIGHLIGHT) : kSelectedBackground;
-      if (HighContrast()) color = GetSysColor(COLOR_HIGHLIGHTTEXT);
     } else if (Hot() && !HighContrast()) {
       background = kHotBackground;
     }
@@ -323,9 +367,15 @@ class GroupItemPeer : public WindowPeer<TGroupItem, NavigationButton> {
       ImageList_Draw(ImagesOf(images), image, dc, area.left + kIconLeft,
                      area.top + (area.bottom - area.top - kIconSide) / 2, ILD_TRANSPARENT);
     }
-    DrawTextLine(dc, site_.context.fonts.Plain(), color, component_.Caption(),
-                 {area.left + kTextLeft, area.top, area.right - 2, area.bottom});
-    if (FocusShown()) DrawFocus(dc, area);
+  }
+
+  CaptionLine CaptionIn(const RECT& area) const override {
+    const bool scheme = component_.Selected() && HighContrast();
+    return {site_.context.fonts.Plain(),
+            scheme ? GetSysColor(COLOR_HIGHLIGHTTEXT) : TextColor(component_.FontColor()),
+            component_.Caption(),
+            {area.left + kTextLeft, area.top, area.right - 2, area.bottom},
+            area};
   }
 
  private:

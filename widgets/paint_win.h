@@ -39,7 +39,8 @@ void DrawTextLine(HDC dc, HFONT font, COLORREF color, const std::wstring& text, 
                   UINT placement = DT_VCENTER);
 
 // Paints into memory and copies the finished area to the target when it goes out of scope, so that
-// no half-painted state is seen.
+// no half-painted state is seen. Text is not for it: on a screen for which Windows enlarges the
+// program it is drawn sharply on the window itself only, and what comes from memory is stretched.
 class BufferedDc {
  public:
   BufferedDc(HDC target, const RECT& area);

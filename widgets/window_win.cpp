@@ -40,6 +40,14 @@ HWND Subject(UINT message, LPARAM lParam) {
   }
 }
 
+// Draws the pictures or the texts that lie on a control.
+void DrawChildren(const TControl& control, HDC dc, bool text) {
+  for (const TControl* child : control.Controls()) {
+    auto* graphic = dynamic_cast<Graphic*>(child->Peer());
+    if (graphic && child->Visible() && graphic->IsText() == text) graphic->Draw(dc);
+  }
+}
+
 // Whether a message asks for something, as those of mouse and keyboard do.
 bool IsInput(UINT message) {
   return (message >= WM_KEYFIRST && message <= WM_KEYLAST) ||
@@ -207,14 +215,15 @@ LRESULT ContainerWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
       return TRUE;
     case WM_PAINT: {
       const PaintGuard paint(Handle());
-      const BufferedDc buffer(paint.Get(), paint.Area());
-      Paint(buffer.Get(), paint.Area());
+      PaintGround(BufferedDc(paint.Get(), paint.Area()).Get(), paint.Area());
+      PaintText(paint.Get());
       return 0;
     }
     case WM_PRINTCLIENT: {
       RECT area{};
       GetClientRect(Handle(), &area);
-      Paint(reinterpret_cast<HDC>(wParam), area);
+      PaintGround(reinterpret_cast<HDC>(wParam), area);
+      PaintText(reinterpret_cast<HDC>(wParam));
       return 0;
     }
     case WM_SETFOCUS:
@@ -243,13 +252,12 @@ void ContainerWindow::Apply(Change change) {
   }
 }
 
-void ContainerWindow::Paint(HDC dc, const RECT& area) {
+void ContainerWindow::PaintGround(HDC dc, const RECT& area) {
   Fill(dc, area, BackgroundColor(control_.Color()));
-  for (const TControl* child : control_.Controls()) {
-    auto* graphic = dynamic_cast<Graphic*>(child->Peer());
-    if (graphic && child->Visible()) graphic->Draw(dc);
-  }
+  DrawChildren(control_, dc, false);
 }
+
+void ContainerWindow::PaintText(HDC dc) { DrawChildren(control_, dc, true); }
 
 HWND WindowOf(const TControl& control) {
   const auto* window = dynamic_cast<const Window*>(control.Peer());

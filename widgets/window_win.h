@@ -101,7 +101,7 @@ class Window {
 };
 
 // A window that holds other controls. It paints its background and the controls that have no window
-// of their own, in the order of their creation.
+// of their own, pictures first, in the order of their creation.
 class ContainerWindow : public Window {
  public:
   // Something painted here changed.
@@ -111,7 +111,10 @@ class ContainerWindow : public Window {
   using Window::Window;
   LRESULT Process(UINT message, WPARAM wParam, LPARAM lParam) override;
   void Apply(Change change) override;
-  virtual void Paint(HDC dc, const RECT& area);
+
+ private:
+  void PaintGround(HDC dc, const RECT& area);
+  void PaintText(HDC dc);
 };
 
 // A control without a window of its own.
@@ -119,6 +122,8 @@ class Graphic {
  public:
   virtual ~Graphic() = default;
   virtual void Draw(HDC dc) = 0;
+  // Text stands above all pictures.
+  [[nodiscard]] virtual bool IsText() const { return false; }
 };
 
 // Joins a window with its component and the interface through which that speaks to it.

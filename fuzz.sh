@@ -15,6 +15,8 @@ tools/install-packages.sh build fuzz
 mkdir -p "build/fuzz/inputs/$1" "build/fuzz/found/$1"
 cmake --preset fuzz >build/fuzz.log || { cat build/fuzz.log; exit 1; }
 cmake --build --preset fuzz --target fuzz_targets
-# What was freed is not kept for long, or large pictures would look like memory that is never given back.
-ASAN_OPTIONS=quarantine_size_mb=64 build/fuzz/fuzz/fuzz_targets "--target=$1" -max_total_time="$2" -timeout=10 -print_final_stats=1 \
+# The sanitizer gives back soon what was freed: large pictures would look like a leak.
+export ASAN_OPTIONS=quarantine_size_mb=16:allocator_release_to_os_interval_ms=200
+build/fuzz/fuzz/fuzz_targets "--target=$1" -max_total_time="$2" -timeout=10 \
+  -rss_limit_mb=3000 -malloc_limit_mb=256 -print_final_stats=1 \
   -artifact_prefix="build/fuzz/found/$1/" "build/fuzz/inputs/$1" "fuzz/corpus/$1"

@@ -25,6 +25,7 @@
 #include "common/system_win.h"
 #include "settings/settings.h"
 #include "shellmenu/shellmenu.h"
+#include "widgets/list_update.h"
 #include "widgets/message_loop_win.h"
 #include "widgets/peers_win.h"
 
@@ -261,7 +262,10 @@ void MeasureScan(Program& program, const Scan& scan, int size) {
   const auto scanInto = [&](bool shown) {
     Page page(program, shown);
     const double taken = Milliseconds([&] {
-      scan.run(program, page);
+      {
+        const ListUpdate update(page.list);  // as the main window does
+        scan.run(program, page);
+      }
       page.Update();
     });
     Require(page.list.Count() == rows, "the scan misses entries");

@@ -85,7 +85,7 @@ void ShellScan(benchmark::State& state) {
   }
 }
 
-BENCHMARK(LanguageFile)->RangeMultiplier(10)->Range(100, 100000);
+BENCHMARK(LanguageFile)->RangeMultiplier(10)->Range(100, 10000);
 BENCHMARK(CommandLine)->RangeMultiplier(10)->Range(100, 10000);
 BENCHMARK(Settings)->RangeMultiplier(10)->Range(100, 10000);
 BENCHMARK(Fitting)->RangeMultiplier(10)->Range(10, 1000);

@@ -5,9 +5,14 @@
 
 #include <commctrl.h>
 
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
 #include "app/application.h"
 #include "common/handles_win.h"
-#include "tests/support/test_platform.h"
+#include "tests/support/form_driver.h"
 #include "widgets/peers_win.h"
 
 namespace tarvelin::testing {
@@ -149,6 +154,71 @@ TEST_F(ListTest, TheSelectedRowIsPlainToSeeWithoutTheFocus) {
       EXPECT_EQ(GetPixel(dc.Get(), x, place.top + 2), color) << "row " << row << ", at " << x;
     }
   }
+}
+
+// Where a caption stands, in pixels: the room that the frames and pictures around it leave.
+int RoomFor(const TControl& control) {
+  const int width = control.Bounds().width;
+  if (dynamic_cast<const TButton*>(&control)) return width - 4;
+  if (dynamic_cast<const TCheckBox*>(&control)) return 204;
+  if (dynamic_cast<const TGroupItem*>(&control)) return 124;
+  if (dynamic_cast<const TGroup*>(control.Parent())) return 132;  // up to the header's arrow
+  const TControl* parent = control.Parent();
+  return (parent ? parent->Bounds().width : width) - control.Bounds().left;
+}
+
+// Names the captions below a component that are wider than their place.
+void Measure(const TComponent& owner, const Fonts& fonts, std::vector<std::string>& tooWide) {
+  const auto check = [&](HFONT font, const std::wstring& text, int room) {
+    const int width = TextExtent(font, text).cx;
+    if (width > room) tooWide.push_back(ToUtf8(text) + ": " + std::to_string(width));
+  };
+  for (const auto& component : owner.Components()) {
+    const auto* label = dynamic_cast<const TLabel*>(component.get());
+    const auto* list = dynamic_cast<const TListView*>(component.get());
+    if (list) {
+      for (const auto& column : list->Columns()) {
+        check(fonts.Plain(), column.caption, column.width - 12);
+      }
+      for (int row = 0; list->CheckBoxes() && row < list->Count(); ++row) {
+        check(fonts.Plain(), list->Item(row).caption, 178);
+      }
+    } else if (label || dynamic_cast<const TButton*>(component.get()) ||
+               dynamic_cast<const TCheckBox*>(component.get()) ||
+               dynamic_cast<const TGroupItem*>(component.get())) {
+      const auto& control = dynamic_cast<const TControl&>(*component);
+      check(label ? fonts.Of(label->Style()) : fonts.Plain(), control.Caption(), RoomFor(control));
+    }
+    Measure(*component, fonts, tooWide);
+  }
+}
+
+TEST(LanguageFiles, HaveNoCaptionThatIsCutOff) {
+  int files = 0;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(TARVELIN_RESOURCES_DIR "/languages")) {
+    SCOPED_TRACE(entry.path().filename().string());
+    ++files;
+    std::ifstream stream(entry.path(), std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    FormDriver driver;
+    const std::wstring folder = L"C:\\Program\\Toolbox_Language\\";
+    driver.world.files.Add(folder + L"English.lng", bytes);
+    driver.world.files.entries[folder + L"*.lng"] = {L"English.lng"};
+    driver.Start();
+    TExtIniFile file;
+    EXPECT_TRUE(file.LoadFromFile(driver.world.files, folder + L"English.lng"));
+    const TButton& close = driver.Find<TButton>(L"btnClose");
+    EXPECT_EQ(close.Caption(), file.ReadText(L"Tarvelin_FormMain", L"btnClose.Caption", L"?"));
+    driver.Find<TGroupBar>(L"RzGroupBar").Groups().back()->Items().back()->Click();
+    std::vector<std::string> tooWide;
+    const Fonts fonts;
+    Measure(*driver.form, fonts, tooWide);
+    Measure(*driver.change, fonts, tooWide);
+    EXPECT_EQ(tooWide, std::vector<std::string>());
+    EXPECT_GT(driver.List(L"lvHijack").Count(), 0);
+  }
+  EXPECT_EQ(files, 13);
 }
 
 TEST(Peers, TellWhyAWindowWasRefused) {

@@ -221,6 +221,37 @@ TEST(LanguageFiles, HaveNoCaptionThatIsCutOff) {
   EXPECT_EQ(files, 13);
 }
 
+TEST(Navigation, ShowsACutOffCaptionInAToolTip) {
+  MessageLoop loop;
+  FakeBoxes boxes;
+  TApplication application(boxes, L"");
+  PeerContext context{GetModuleHandleW(nullptr), loop, application, nullptr, nullptr};
+  TForm form(L"FormBar", 200, 200, L"");
+  auto& bar = form.Create<TGroupBar>(L"bar", &form, TRect{0, 0, 178, 200});
+  TGroup& group = bar.AddGroup(L"group", 90, L"Group");
+  auto& label =
+      form.Create<TLabel>(L"label", &group, TRect{10, 5, 128, 14}, L"Group", LabelStyle::Bold);
+  group.SetHeader(form.Create<TImageNote>(L"image", &group, TRect{0, 0, 162, 24}), label);
+  const std::wstring longCaption = L"Longer & longer than the whole bar is wide";
+  TGroupItem* const items[] = {&group.AddItem(L"Short", -1, [] {}),
+                               &group.AddItem(longCaption, -1, [] {})};
+  AttachPeers(form, context, {});
+  const HWND tips = FindWindowW(TOOLTIPS_CLASSW, nullptr);
+  ASSERT_EQ(GetWindow(tips, GW_OWNER), WindowOf(form));
+  for (TGroupItem* item : items) {
+    SendMessageW(WindowOf(*item), WM_MOUSEMOVE, 0, MAKELPARAM(5, 5));
+    wchar_t text[80] = L"?";
+    TTTOOLINFOW tool{};
+    tool.cbSize = TTTOOLINFOW_V2_SIZE;
+    tool.hwnd = WindowOf(bar);
+    tool.uId = reinterpret_cast<UINT_PTR>(WindowOf(*item));
+    tool.lpszText = text;
+    SendMessageW(tips, TTM_GETTEXTW, 80, reinterpret_cast<LPARAM>(&tool));
+    EXPECT_EQ(std::wstring(text), item == items[1] ? longCaption : L"");
+  }
+  form.SetPeer(nullptr);
+}
+
 TEST(Peers, TellWhyAWindowWasRefused) {
   MessageLoop loop;
   FakeBoxes boxes;

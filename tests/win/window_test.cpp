@@ -110,6 +110,37 @@ TEST_F(WindowTest, TheKeyboardReachesEverything) {
   EXPECT_EQ(PressAndTell(VK_ESCAPE), L"IE Settings") << "only a button closes the window";
 }
 
+TEST_F(WindowTest, EveryPageIsWorkedByKeysAlone) {
+  WriteText(L"HKEY_CURRENT_USER\\Software\\Microsoft\\Internet Explorer\\Main", L"Start Page",
+            L"mine");
+  const auto enter = [this] { app_.Act(app_.Focused(), WM_KEYDOWN, VK_RETURN); };
+  WaitUntil([this] { return FocusedText() == L"Shell Extensions"; }, L"the first focus");
+  std::wstring item;
+  for (int pages = 1; pages < 10; ++pages) {
+    if (PressAndTell(VK_DOWN) == L"Tarvelin") app_.Press(VK_DOWN);
+    item = FocusedText();
+    enter();
+    EXPECT_TRUE(TextOf(app_.List()).starts_with(item)) << TextOf(app_.List());
+  }
+  EXPECT_EQ(item, L"IE Settings");
+  app_.Press(VK_TAB);
+  app_.Press(VK_HOME);
+  app_.Press(VK_SPACE);
+  EXPECT_EQ(app_.Selected(), 0);
+  EXPECT_TRUE(app_.Checked(0));
+  app_.Press(VK_TAB);
+  EXPECT_EQ(PressAndTell(VK_TAB), L"Modify Settings");
+  app_.Press(VK_RETURN);
+  WaitUntil([this] { return ClassOf(app_.Focused()) == L"Edit"; }, L"the dialog");
+  app_.Press(VK_ESCAPE);
+  EXPECT_EQ(app_.Modal(), nullptr);
+  EXPECT_EQ(PressAndTell(VK_TAB), L"Use Default Settings");
+  app_.Press(VK_RETURN);
+  EXPECT_EQ(AnswerNext(IDYES).caption, L"Confirm");
+  EXPECT_EQ(AnswerNext(IDOK).text, L"Restore successfully!");
+  EXPECT_NE(app_.Rows()[0][1], L"mine");
+}
+
 TEST_F(WindowTest, AHeldKeyIsPressedOnce) {
   app_.Select(0);
   SetForegroundWindow(app_.Window());

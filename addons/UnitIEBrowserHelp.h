@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "common/messages.h"
-#include "common/platform.h"
 #include "common/records.h"
 #include "widgets/components.h"
+#include "widgets/platform.h"
 
 namespace tarvelin {
 

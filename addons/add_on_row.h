@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "common/platform.h"
+#include "common/registry.h"
+#include "common/shell.h"
 #include "widgets/components.h"
 
 namespace tarvelin {

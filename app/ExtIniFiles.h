@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "common/platform.h"
+#include "common/files.h"
 
 namespace tarvelin {
 

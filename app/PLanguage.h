@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "app/ExtIniFiles.h"
+#include "common/files.h"
 #include "common/messages.h"
-#include "common/platform.h"
 #include "widgets/components.h"
 
 namespace tarvelin {

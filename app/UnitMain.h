@@ -14,11 +14,11 @@
 #include "app/PLanguage.h"
 #include "app/application.h"
 #include "app/pages.h"
-#include "common/platform.h"
 #include "widgets/PImageNote.h"
 #include "widgets/PPageNote.h"
 #include "widgets/components.h"
 #include "widgets/navigation.h"
+#include "widgets/platform.h"
 
 namespace tarvelin {
 

@@ -1,5 +1,6 @@
 #include "app/application.h"
 
+#include "common/errors.h"
 #include "common/flag_guard.h"
 #include "common/text.h"
 

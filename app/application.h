@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "common/messages.h"
-#include "common/platform.h"
 #include "widgets/commands.h"
 #include "widgets/components.h"
+#include "widgets/message_boxes.h"
 
 namespace tarvelin {
 

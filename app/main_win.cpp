@@ -10,9 +10,12 @@
 #include "app/UniqueInstance_win.h"
 #include "app/UnitMain.h"
 #include "app/application.h"
-#include "common/system_win.h"
+#include "common/buffer_win.h"
+#include "common/modules_win.h"
 #include "settings/UnitChangeSetting.h"
+#include "widgets/message_boxes_win.h"
 #include "widgets/peers_win.h"
+#include "widgets/platform_win.h"
 
 namespace tarvelin {
 namespace {
@@ -22,12 +25,8 @@ constexpr SIZE kMainMinimum{749, 507};
 constexpr SIZE kMainMaximum{749, 514};
 
 std::wstring ExecutablePath() {
-  std::wstring path(MAX_PATH, L'\0');
-  for (;;) {
-    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    if (length < path.size()) return path.substr(0, length);
-    path.resize(path.size() * 2);
-  }
+  return BufferText(
+      [](wchar_t* buffer, DWORD size) { return GetModuleFileNameW(nullptr, buffer, size); });
 }
 
 // The program's icon in one of the system's sizes; Windows frees it with the program.
@@ -56,12 +55,12 @@ void RunProgram(HINSTANCE instance) {
   const auto unique = UniqueInstance::Claim(instance, path);
   if (!unique) return;
 
-  WindowsPlatform windows;
+  WindowsBoxes boxes;
   MessageLoop loop;
-  TApplication application(windows.Get().boxes, kTitle);
-  windows.SetMessagePump([&] { application.Listen([&] { loop.ProcessWaiting(); }); });
+  TApplication application(boxes, kTitle);
   PeerContext context{instance, loop, application, ProgramIcon(instance, SM_CXICON, SM_CYICON),
                       ProgramIcon(instance, SM_CXSMICON, SM_CYSMICON)};
+  WindowsPlatform windows(boxes, context);
 
   TFormMain main(windows.Get(), application, path.substr(0, path.rfind(L'\\') + 1));
   TFormChange change(windows.Get(), main.lvHijack(), [&] { main.TranslateWindows(); });
@@ -71,7 +70,7 @@ void RunProgram(HINSTANCE instance) {
   AttachPeers(main, context, {nullptr, kMainMinimum, kMainMaximum});
   AttachPeers(change, context, {WindowOf(main)});
   loop.hook = [&](const MSG& message) { return ShowToDialog(application, change, message); };
-  windows.SetMainWindow(WindowOf(main));
+  boxes.SetMainWindow(WindowOf(main));
   unique->SetMainWindow(WindowOf(main));
 
   application.Run([&] { main.Show(); });
@@ -79,7 +78,7 @@ void RunProgram(HINSTANCE instance) {
 
   // The windows go while everything that they show is still there.
   unique->SetMainWindow(nullptr);
-  windows.SetMainWindow(nullptr);
+  boxes.SetMainWindow(nullptr);
   change.SetPeer(nullptr);
   main.SetPeer(nullptr);
 }

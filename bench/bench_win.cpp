@@ -22,12 +22,13 @@
 #include "addons/UnitIEBrowserHelp.h"
 #include "app/application.h"
 #include "common/handles_win.h"
-#include "common/system_win.h"
 #include "settings/settings.h"
 #include "shellmenu/shellmenu.h"
 #include "widgets/list_update.h"
+#include "widgets/message_boxes_win.h"
 #include "widgets/message_loop_win.h"
 #include "widgets/peers_win.h"
+#include "widgets/platform_win.h"
 
 namespace tarvelin::bench {
 namespace {
@@ -105,13 +106,11 @@ class EnglishMessages : public MessageLookup {
 
 // What the scans need, once for the whole run.
 struct Program {
-  Program() {
-    platform.SetMessagePump([this] { loop.ProcessWaiting(); });
-  }
-  WindowsPlatform platform;
+  WindowsBoxes boxes;
   MessageLoop loop;
-  TApplication application{platform.Get().boxes, L"Bench"};
+  TApplication application{boxes, L"Bench"};
   PeerContext context{GetModuleHandleW(nullptr), loop, application, nullptr, nullptr};
+  WindowsPlatform platform{boxes, context};
   EnglishMessages messages;
   TScanIeBrowser scanner{platform.Get(), messages, {}};
 };

@@ -8,7 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "common/platform.h"
+#include "common/files.h"
+#include "common/shell.h"
 
 namespace tarvelin {
 

@@ -92,9 +92,7 @@ struct FindTraits : InvalidHandleTraits {
 using UniqueRegistryKey = UniqueHandle<RegistryKeyTraits>;
 using UniqueIcon = UniqueHandle<IconTraits>;
 using UniqueBitmap = UniqueHandle<GdiObjectTraits<HBITMAP>>;
-using UniqueBrush = UniqueHandle<GdiObjectTraits<HBRUSH>>;
 using UniqueFont = UniqueHandle<GdiObjectTraits<HFONT>>;
-using UniquePen = UniqueHandle<GdiObjectTraits<HPEN>>;
 using UniqueMemoryDc = UniqueHandle<MemoryDcTraits>;  // CreateCompatibleDC
 using UniqueModule = UniqueHandle<ModuleTraits>;
 using UniqueImageList = UniqueHandle<ImageListTraits>;

@@ -4,6 +4,9 @@
 #include <cstring>
 #include <utility>
 
+#include "common/files_win.h"
+#include "common/text.h"
+
 namespace tarvelin {
 namespace {
 
@@ -66,7 +69,7 @@ class WindowsVersionResource : public VersionResource {
 
 std::unique_ptr<VersionResource> VersionLibrary::Open(const std::wstring& path) {
   if (!module_) {
-    const std::wstring library = files_.SystemDirectory() + L"\\version.dll";
+    const std::wstring library = SystemFolder() + L"\\version.dll";
     module_.Reset(LoadLibraryExW(library.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   }
   const HMODULE module = module_.Get();

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "common/handles_win.h"
-#include "common/platform.h"
+#include "common/shell.h"
 
 namespace tarvelin {
 
@@ -16,15 +16,11 @@ namespace tarvelin {
 // full path.
 class VersionLibrary {
  public:
-  // `files` tells where the system's folder is.
-  explicit VersionLibrary(FileSystem& files) : files_(files) {}
-
   // The version resource of a file (GetFileVersionInfoW), null when it has none that can be read.
   // The file may be broken or made to do harm. The resource must not outlive this object.
   [[nodiscard]] std::unique_ptr<VersionResource> Open(const std::wstring& path);
 
  private:
-  FileSystem& files_;
   UniqueModule module_;
 };
 

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <functional>
 
-#include "common/platform.h"
 #include "widgets/components.h"
+#include "widgets/platform.h"
 
 namespace tarvelin {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-#include "common/platform.h"
 #include "shellmenu/row_images.h"
 #include "widgets/components.h"
+#include "widgets/platform.h"
 
 namespace tarvelin {
 

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "common/messages.h"
-#include "common/platform.h"
 #include "widgets/components.h"
+#include "widgets/platform.h"
 
 namespace tarvelin {
 

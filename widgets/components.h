@@ -12,8 +12,9 @@
 #include <utility>
 #include <vector>
 
-#include "common/platform.h"
 #include "common/records.h"
+#include "common/shell.h"
+#include "widgets/display.h"
 #include "widgets/pictures.h"
 
 namespace tarvelin {

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "common/system_win.h"
+#include "common/shell_win.h"
 #include "widgets/controls_win.h"
 
 namespace tarvelin {

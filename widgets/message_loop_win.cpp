@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "common/keys_win.h"
+#include "widgets/keys_win.h"
 
 namespace tarvelin {
 

@@ -11,6 +11,15 @@
 
 namespace tarvelin {
 
+// The artwork that the executable carries.
+class Resources {
+ public:
+  virtual ~Resources() = default;
+  // The bytes of a picture by its file name, such as "logo.png"; empty when there is none. They
+  // stay valid as long as this object.
+  [[nodiscard]] virtual std::span<const std::byte> Find(std::wstring_view name) = 0;
+};
+
 // A picture in memory: rows from top to bottom, each pixel 0xAARRGGBB with the colour premultiplied
 // by alpha, which in memory is the order B, G, R, A that AlphaBlend wants.
 struct TPicture {

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "common/messages.h"
-#include "common/platform.h"
 #include "tests/support/memory_registry.h"
+#include "widgets/platform.h"
 
 namespace tarvelin::testing {
 

@@ -1,6 +1,4 @@
 // The Windows halves of files, version information, icons, modules, the display and the start.
-#include "common/system_win.h"
-
 #include <gtest/gtest.h>
 
 #include <objbase.h>
@@ -8,9 +6,15 @@
 #include <algorithm>
 
 #include "app/UniqueInstance_win.h"
+#include "app/application.h"
 #include "common/Corvane_Routine_New.h"
-#include "tests/support/memory_registry.h"
+#include "common/files_win.h"
+#include "common/modules_win.h"
+#include "common/registry_win.h"
+#include "common/shell_win.h"
+#include "tests/support/test_platform.h"
 #include "tests/win/driver.h"
+#include "widgets/platform_win.h"
 
 namespace tarvelin::testing {
 namespace {
@@ -29,47 +33,48 @@ class SystemTest : public ::testing::Test {
 
   const std::wstring folder = L"C:\\System test";
   const std::wstring sample = Environment(L"TARVELIN_SAMPLE") + L"\\";
-  WindowsPlatform windows;
-  TPlatform& platform = windows.Get();
+  const std::unique_ptr<FileSystem> files = MakeWindowsFiles();
+  const std::unique_ptr<Shell> shell = MakeWindowsShell();
 };
 
 TEST_F(SystemTest, TellsFilesFromFoldersAndFreeOnesFromThoseInUse) {
-  FileSystem& files = platform.files;
   const std::wstring path = folder + L"\\a.lngbak";
-  EXPECT_FALSE(files.FileExists(folder) || files.ReadWholeFile(folder));
-  EXPECT_FALSE(files.FileExists(path) || files.ReadWholeFile(path) || files.RemoveFile(path));
+  for (const auto& none : {folder, path}) {
+    EXPECT_FALSE(files->FileExists(none)) << none;
+    EXPECT_FALSE(files->ReadWholeFile(none)) << none;
+    EXPECT_FALSE(files->RemoveFile(none)) << none;
+  }
   const Bytes content{std::byte{1}, std::byte{0}, std::byte{2}};
   Write(path, content);
-  EXPECT_FALSE(IsFileInUse(files, path));
+  EXPECT_FALSE(IsFileInUse(*files, path));
   {
     const UniqueFile reader(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                         OPEN_EXISTING, 0, nullptr));
-    EXPECT_TRUE(IsFileInUse(files, path));
-    EXPECT_EQ(files.ReadWholeFile(path), content);
-    EXPECT_FALSE(files.RemoveFile(path));
+    EXPECT_TRUE(IsFileInUse(*files, path));
+    EXPECT_EQ(files->ReadWholeFile(path), content);
+    EXPECT_FALSE(files->RemoveFile(path));
   }
   SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM);
   std::vector<std::wstring> names;
-  files.ForEachEntry(folder + L"\\*.*", [&](const auto& name) { names.push_back(name); });
+  files->ForEachEntry(folder + L"\\*.*", [&](const auto& name) { names.push_back(name); });
   std::sort(names.begin(), names.end());
   EXPECT_EQ(names, (std::vector<std::wstring>{L".", L"..", L"a.lngbak"}));
-  EXPECT_TRUE(files.RemoveFile(path));
-  EXPECT_FALSE(files.RemoveFile(folder));
+  EXPECT_TRUE(files->RemoveFile(path));
 }
 
 TEST_F(SystemTest, ReadsTextsOfAnyLength) {
   SetEnvironmentVariableW(L"TARVELIN_LONG", std::wstring(5000, L'x').c_str());
-  EXPECT_EQ(platform.files.ExpandEnvironment(L"%TARVELIN_LONG%"), std::wstring(5000, L'x'));
+  EXPECT_EQ(files->ExpandEnvironment(L"%TARVELIN_LONG%"), std::wstring(5000, L'x'));
   const std::wstring ini = folder + L"\\Main.ini";
   Write(ini, MakeBytes("[Main]\r\nLong=" + std::string(1000, 'y') + "\r\n"));
-  EXPECT_EQ(platform.files.ReadProfileText(ini, L"Main", L"Long", L"-"), std::wstring(1000, L'y'));
-  EXPECT_EQ(platform.files.ReadProfileText(ini, L"Main", L"None", L"-"), L"-");
+  EXPECT_EQ(files->ReadProfileText(ini, L"Main", L"Long", L"-"), std::wstring(1000, L'y'));
+  EXPECT_EQ(files->ReadProfileText(ini, L"Main", L"None", L"-"), L"-");
   EXPECT_TRUE(DeleteFileW(ini.c_str()));
 }
 
 TEST_F(SystemTest, ReadsVersionInformationAndSurvivesBrokenOne) {
   const auto company = [&](const std::wstring& path) {
-    return GetFileInfoField(platform.shell, path, FileInfoField::CompanyName);
+    return GetFileInfoField(*shell, path, FileInfoField::CompanyName);
   };
   const std::wstring module = sample + L"quimbrel.dll";
   EXPECT_EQ(company(module), L"Quimbrel Works");
@@ -77,7 +82,7 @@ TEST_F(SystemTest, ReadsVersionInformationAndSurvivesBrokenOne) {
 
   // Every 16-bit word of the resource in turn claims to be huge, or to be nothing: whatever Windows
   // makes of that, the texts that come back end inside of the file's own data.
-  const Bytes whole = *platform.files.ReadWholeFile(module);
+  const Bytes whole = *files->ReadWholeFile(module);
   const Bytes key = ToUtf16Le(L"VS_VERSION_INFO");
   const auto found = std::search(whole.begin(), whole.end(), key.begin(), key.end());
   ASSERT_NE(found, whole.end());
@@ -102,36 +107,42 @@ TEST_F(SystemTest, UnregistersByTheFullPathAndPassesByWhatIsNoLibrary) {
   SetErrorMode(0);  // what the test framework sets
   PrepareProcess();
   EXPECT_EQ(GetErrorMode() & SEM_FAILCRITICALERRORS, UINT{SEM_FAILCRITICALERRORS});
+  const auto modules = MakeWindowsModules();
   for (const auto& path : {folder, sample + L"text.dll", folder + L"\\missing.dll", std::wstring(),
                            std::wstring(L"refusing.dll"), sample + L"silent.ocx"}) {
-    platform.modules.Unregister(path);
+    modules->Unregister(path);
   }
-  TRegistry registry(platform.registry);
+  WindowsRegistry windows;
+  TRegistry registry(windows);
   EXPECT_FALSE(registry.OpenKeyReadOnly(L"\\Software\\Tarvelin Sample\\Unregistered"));
-  platform.modules.Unregister(sample + L"refusing.dll");
+  modules->Unregister(sample + L"refusing.dll");
   EXPECT_TRUE(registry.OpenKeyReadOnly(L"\\Software\\Tarvelin Sample\\Unregistered"));
   EXPECT_FALSE(GetModuleHandleW(L"refusing.dll"));
 }
 
 TEST_F(SystemTest, GivesIconsFoldersAndScreenFacts) {
-  Shell& shell = platform.shell;
-  const std::wstring shell32 = platform.files.SystemDirectory() + L"\\shell32.dll";
-  EXPECT_TRUE(shell.ExtractIconOf(shell32, 0));
-  EXPECT_FALSE(shell.ExtractIconOf(shell32, -1) || shell.ExtractIconOf(shell32, 30000));
-  EXPECT_FALSE(shell.ExtractIconOf(sample + L"text.dll", 0));
+  FakeBoxes boxes;
+  TApplication application(boxes, L"Test");
+  MessageLoop loop;
+  PeerContext context{GetModuleHandleW(nullptr), loop, application, nullptr, nullptr};
   APTTYPE apartment{};
   APTTYPEQUALIFIER qualifier{};
   EXPECT_EQ(CoGetApartmentType(&apartment, &qualifier), CO_E_NOTINITIALIZED);
-  EXPECT_TRUE(GetFileIcon(platform.files, shell, L"C:\\no such\\file.txt /x", true));
+  WindowsPlatform windows(boxes, context);
   EXPECT_EQ(CoGetApartmentType(&apartment, &qualifier), S_OK) << "what makes icons may need COM";
-  EXPECT_TRUE(GetSpecialFolder(shell, kAppDataFolder).ends_with(L"\\Roaming"));
-  EXPECT_EQ(GetSpecialFolder(shell, 0x7F), L"");
-  EXPECT_GT(platform.display.TextWidth(L"mmmm"), platform.display.TextWidth(L"ii"));
-  EXPECT_GE(platform.display.WindowsMajorVersion(), 6);
-  PostQuitMessage(7);
-  platform.display.ProcessMessages();
-  MSG message{};
-  EXPECT_TRUE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE));
+
+  const std::wstring shell32 = SystemFolder() + L"\\shell32.dll";
+  EXPECT_TRUE(shell->ExtractIconOf(shell32, 0));
+  EXPECT_FALSE(shell->ExtractIconOf(shell32, -1));
+  EXPECT_FALSE(shell->ExtractIconOf(shell32, 30000));
+  EXPECT_FALSE(shell->ExtractIconOf(sample + L"text.dll", 0));
+  EXPECT_TRUE(GetFileIcon(*files, *shell, L"C:\\no such\\file.txt /x", true));
+  EXPECT_TRUE(GetSpecialFolder(*shell, kAppDataFolder).ends_with(L"\\Roaming"));
+  EXPECT_EQ(GetSpecialFolder(*shell, 0x7F), L"");
+
+  Display& display = windows.Get().display;
+  EXPECT_GT(display.TextWidth(L"mmmm"), display.TextWidth(L"ii"));
+  EXPECT_GE(display.WindowsMajorVersion(), 6);
 }
 
 TEST_F(SystemTest, OneInstanceGoesByTheFileNameOnDisk) {

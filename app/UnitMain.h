@@ -143,4 +143,10 @@ class TFormMain : public TForm {
   std::array<PageControls, kPageCount> pages_;
 };
 
+template <typename Record>
+std::shared_ptr<Record> TFormMain::SelectedRecord(Page page) {
+  const TListView& list = List(page);
+  return list.SelectedIndex() < 0 ? nullptr : list.Data<Record>(list.SelectedIndex());
+}
+
 }  // namespace tarvelin

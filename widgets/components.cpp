@@ -165,6 +165,28 @@ int TListView::IndexOf(const TRecord& record) const {
   return row == items_.end() ? -1 : static_cast<int>(row - items_.begin());
 }
 
+std::wstring TListView::CopyOf(int index) const {
+  const TListItem& row = Item(index);
+  std::vector<std::wstring> cells{row.caption};
+  cells.insert(cells.end(), row.subItems.begin(), row.subItems.end());
+  cells.resize(columns_.size());
+  if (row.data) {
+    for (std::wstring& detail : row.data->Details()) {
+      const bool known = std::ranges::find(cells, detail) != cells.end();
+      if (!detail.empty() && !known) cells.push_back(std::move(detail));
+    }
+  }
+  std::wstring text;
+  for (std::wstring& cell : cells) {
+    // What would end the cell, the line or the text stands as a blank.
+    std::ranges::replace_if(
+        cell, [](wchar_t c) { return c < L' '; }, L' ');
+    if (&cell != &cells.front()) text += L'\t';
+    text += cell;
+  }
+  return text;
+}
+
 void TListView::SetColumnCaption(std::size_t column, std::wstring_view caption) {
   columns_.at(column).caption = caption;
   ListPeer().ColumnsChanged();

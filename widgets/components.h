@@ -287,6 +287,8 @@ class TListView : public TControl {
   [[nodiscard]] std::shared_ptr<Record> Data(int index) const {
     return std::dynamic_pointer_cast<Record>(Item(index).data);
   }
+  // A row as text, with a tab between the columns and what its record adds to them.
+  [[nodiscard]] std::wstring CopyOf(int index) const;
   // The row that owns a record, -1 when none does any more.
   [[nodiscard]] int IndexOf(const TRecord& record) const;
 

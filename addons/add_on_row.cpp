@@ -3,21 +3,15 @@
 #include <memory>
 #include <utility>
 
-#include "common/Corvane_Routine_New.h"
-
 namespace tarvelin {
 
 std::wstring ModuleKey(const std::wstring& classId) {
   return kClassIds + classId + L"\\InprocServer32";
 }
 
-std::wstring ModuleName(Shell& shell, const std::wstring& module, const std::wstring& className) {
-  std::wstring description = GetFileInfoField(shell, module, FileInfoField::FileDescription);
-  return description.empty() || description == L"N/A" ? className : description;
-}
-
-std::wstring ModulePublisher(Shell& shell, const std::wstring& module) {
-  return GetFileInfoField(shell, module, FileInfoField::CompanyName);
+std::wstring ModuleName(const ModuleFacts& facts, const std::wstring& className) {
+  const bool none = facts.description.empty() || facts.description == L"N/A";
+  return none ? className : facts.description;
 }
 
 void AddRow(TListView& list, std::wstring caption, std::vector<std::wstring> subItems,

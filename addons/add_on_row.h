@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "common/Corvane_Routine_New.h"
 #include "common/registry.h"
 #include "common/shell.h"
 #include "widgets/components.h"
@@ -24,11 +25,7 @@ inline constexpr wchar_t kDistributionUnits[] =
 
 // What a control or helper object is called: its module's description, or the name of its class
 // when the module has none.
-[[nodiscard]] std::wstring ModuleName(Shell& shell, const std::wstring& module,
-                                      const std::wstring& className);
-
-// The maker of a module as its version information tells.
-[[nodiscard]] std::wstring ModulePublisher(Shell& shell, const std::wstring& module);
+[[nodiscard]] std::wstring ModuleName(const ModuleFacts& facts, const std::wstring& className);
 
 // Adds a row with its record at the end of a list.
 void AddRow(TListView& list, std::wstring caption, std::vector<std::wstring> subItems,

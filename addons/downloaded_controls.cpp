@@ -26,8 +26,8 @@ void TScanIeBrowser::ScanDownloadedActiveX(TListView& list) {
     const std::wstring module = registry.ReadString(L"");
     if (!platform_.files.FileExists(module)) continue;
 
-    AddRow(list, ModuleName(platform_.shell, module, className),
-           {ModulePublisher(platform_.shell, module), module}, module,
+    const ModuleFacts facts = GetModuleFacts(platform_.shell, module);
+    AddRow(list, ModuleName(facts, className), {facts.publisher, module}, module,
            {RootKey::LocalMachine, kMachineClassIds + unit, {}});
   }
 }

@@ -37,9 +37,9 @@ void TScanIeBrowser::ScanHelperObjects(TListView& list) {
     const std::wstring module = registry.ReadString(L"");
     if (!platform_.files.FileExists(module)) continue;
 
+    const ModuleFacts facts = GetModuleFacts(platform_.shell, module);
     // The path stands twice; the second one has no column and is not shown.
-    AddRow(list, ModuleName(platform_.shell, module, className),
-           {ModulePublisher(platform_.shell, module), module, module}, module,
+    AddRow(list, ModuleName(facts, className), {facts.publisher, module, module}, module,
            {RootKey::LocalMachine, kMachineClassIds + classId, {}});
   }
 }

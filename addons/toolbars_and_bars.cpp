@@ -72,8 +72,8 @@ void TScanIeBrowser::ScanToolbars(TListView& list) {
     if (className.empty()) continue;
     const std::wstring module = DefaultText(classes, ModuleKey(name));
     if (module.empty()) continue;
-    AddRow(list, std::move(className), {ModulePublisher(platform_.shell, module), module}, module,
-           toolbar);
+    AddRow(list, std::move(className), {GetModuleFacts(platform_.shell, module).publisher, module},
+           module, toolbar);
   }
 }
 
@@ -101,8 +101,8 @@ void TScanIeBrowser::ScanExplorerBars(TListView& list) {
     classes.CloseKey();
     // The path has no column here; it stands in the record alone.
     if (!className.empty()) {
-      AddRow(list, std::move(className), {ModulePublisher(platform_.shell, module)}, module,
-             {RootKey::CurrentUser, kBars + bar, {}});
+      AddRow(list, std::move(className), {GetModuleFacts(platform_.shell, module).publisher},
+             module, {RootKey::CurrentUser, kBars + bar, {}});
     }
   }
 }

@@ -1,6 +1,7 @@
 #include "common/Corvane_Routine_New.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace tarvelin {
 namespace {
@@ -36,6 +37,20 @@ void ReplaceSystemRoot(FileSystem& files, std::wstring& text) {
   if (at < token.size()) text.erase(at, token.size() - at);
   text.insert(0, GetWindowsDir(files));
 }
+
+// The sub-block of the texts in a resource's first translation; nullopt when it names none.
+std::optional<std::wstring> StringTableOf(VersionResource& resource) {
+  const auto translation = resource.Translation();
+  if (!translation) return std::nullopt;
+  std::wstring prefix = L"\\StringFileInfo\\";
+  for (const unsigned word : {translation->first, translation->second}) {
+    for (int shift = 12; shift >= 0; shift -= 4)
+      prefix += L"0123456789ABCDEF"[(word >> shift) & 15];
+  }
+  return prefix + L'\\';
+}
+
+constexpr wchar_t kUnknown[] = L"Unknown";
 
 }  // namespace
 
@@ -124,18 +139,10 @@ std::wstring ExtractFileExt(std::wstring_view path) {
 bool ReadFileInfo(Shell& shell, const std::wstring& fileName, TFileInfo& info,
                   const std::wstring& extraEntryName) {
   const auto resource = shell.OpenVersionResource(fileName);
-  if (!resource) return false;
-  const auto translation = resource->Translation();
-  if (!translation) return false;
-
-  std::wstring prefix = L"\\StringFileInfo\\";
-  for (const unsigned word : {translation->first, translation->second}) {
-    for (int shift = 12; shift >= 0; shift -= 4)
-      prefix += L"0123456789ABCDEF"[(word >> shift) & 15];
-  }
-  prefix += L'\\';
+  const auto prefix = resource ? StringTableOf(*resource) : std::nullopt;
+  if (!prefix) return false;
   const auto entry = [&](const std::wstring& name) {
-    return resource->Text(prefix + name).value_or(L"");
+    return resource->Text(*prefix + name).value_or(L"");
   };
   info.CompanyName = entry(L"CompanyName");
   info.FileDescription = entry(L"FileDescription");
@@ -154,7 +161,7 @@ bool ReadFileInfo(Shell& shell, const std::wstring& fileName, TFileInfo& info,
 
 std::wstring GetFileInfoField(Shell& shell, const std::wstring& fileName, FileInfoField field) {
   TFileInfo info;
-  if (!ReadFileInfo(shell, fileName, info, L"WOW Version")) return L"Unknown";
+  if (!ReadFileInfo(shell, fileName, info, L"WOW Version")) return kUnknown;
   switch (field) {
     case FileInfoField::Comments:
       return info.Comments;
@@ -180,6 +187,14 @@ std::wstring GetFileInfoField(Shell& shell, const std::wstring& fileName, FileIn
       return info.ExtraValue;
   }
   return {};
+}
+
+ModuleFacts GetModuleFacts(Shell& shell, const std::wstring& fileName) {
+  const auto resource = shell.OpenVersionResource(fileName);
+  const auto prefix = resource ? StringTableOf(*resource) : std::nullopt;
+  if (!prefix) return {kUnknown, kUnknown};
+  return {resource->Text(*prefix + L"FileDescription").value_or(L""),
+          resource->Text(*prefix + L"CompanyName").value_or(L"")};
 }
 
 std::unique_ptr<Icon> GetFileIcon(FileSystem& files, Shell& shell, std::wstring_view path,

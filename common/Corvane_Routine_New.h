@@ -87,6 +87,14 @@ enum class FileInfoField : int {
 [[nodiscard]] std::wstring GetFileInfoField(Shell& shell, const std::wstring& fileName,
                                             FileInfoField field);
 
+// What the pages tell of a module; both "Unknown" when it has no version information that can be
+// read. As GetFileInfoField, but with one look into the file.
+struct ModuleFacts {
+  std::wstring description;
+  std::wstring publisher;
+};
+[[nodiscard]] ModuleFacts GetModuleFacts(Shell& shell, const std::wstring& fileName);
+
 // The shell's icon for files named like the program in a command line; null when there is none.
 [[nodiscard]] std::unique_ptr<Icon> GetFileIcon(FileSystem& files, Shell& shell,
                                                 std::wstring_view path, bool small);

@@ -23,7 +23,6 @@ bool BringToForeground(HWND window) {
   if (IsIconic(window)) ShowWindow(window, SW_RESTORE);
   if (GetForegroundWindow() == window) return true;
 
-  // Windows 95 and NT 4 needed no more than SetForegroundWindow; this program does not run there.
   const DWORD thread = GetWindowThreadProcessId(window, nullptr);
   const DWORD foregroundThread = GetWindowThreadProcessId(GetForegroundWindow(), nullptr);
   bool raised = false;

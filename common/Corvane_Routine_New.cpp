@@ -1,6 +1,7 @@
 #include "common/Corvane_Routine_New.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 
 namespace tarvelin {
@@ -51,6 +52,21 @@ std::optional<std::wstring> StringTableOf(VersionResource& resource) {
 }
 
 constexpr wchar_t kUnknown[] = L"Unknown";
+
+// The texts that a FileInfoField selects by its number.
+constexpr struct {
+  const wchar_t* entry;
+  std::wstring TFileInfo::*member;
+} kEntries[] = {{L"Comments", &TFileInfo::Comments},
+                {L"CompanyName", &TFileInfo::CompanyName},
+                {L"FileDescription", &TFileInfo::FileDescription},
+                {L"FileVersion", &TFileInfo::FileVersion},
+                {L"InternalName", &TFileInfo::InternalName},
+                {L"LegalCopyright", &TFileInfo::LegalCopyright},
+                {L"LegalTrademarks", &TFileInfo::LegalTrademarks},
+                {L"OriginalFileName", &TFileInfo::OriginalFileName},
+                {L"ProductName", &TFileInfo::ProductName},
+                {L"ProductVersion", &TFileInfo::ProductVersion}};
 
 }  // namespace
 
@@ -144,16 +160,7 @@ bool ReadFileInfo(Shell& shell, const std::wstring& fileName, TFileInfo& info,
   const auto entry = [&](const std::wstring& name) {
     return resource->Text(*prefix + name).value_or(L"");
   };
-  info.CompanyName = entry(L"CompanyName");
-  info.FileDescription = entry(L"FileDescription");
-  info.FileVersion = entry(L"FileVersion");
-  info.InternalName = entry(L"InternalName");
-  info.LegalCopyright = entry(L"LegalCopyright");
-  info.LegalTrademarks = entry(L"LegalTrademarks");
-  info.OriginalFileName = entry(L"OriginalFileName");
-  info.ProductName = entry(L"ProductName");
-  info.ProductVersion = entry(L"ProductVersion");
-  info.Comments = entry(L"Comments");
+  for (const auto& [name, member] : kEntries) info.*member = entry(name);
   if (const auto fixed = resource->FixedInfo()) info.FixedInfo = *fixed;
   if (!extraEntryName.empty()) info.ExtraValue = entry(extraEntryName);
   return true;
@@ -162,31 +169,9 @@ bool ReadFileInfo(Shell& shell, const std::wstring& fileName, TFileInfo& info,
 std::wstring GetFileInfoField(Shell& shell, const std::wstring& fileName, FileInfoField field) {
   TFileInfo info;
   if (!ReadFileInfo(shell, fileName, info, L"WOW Version")) return kUnknown;
-  switch (field) {
-    case FileInfoField::Comments:
-      return info.Comments;
-    case FileInfoField::CompanyName:
-      return info.CompanyName;
-    case FileInfoField::FileDescription:
-      return info.FileDescription;
-    case FileInfoField::FileVersion:
-      return info.FileVersion;
-    case FileInfoField::InternalName:
-      return info.InternalName;
-    case FileInfoField::LegalCopyright:
-      return info.LegalCopyright;
-    case FileInfoField::LegalTrademarks:
-      return info.LegalTrademarks;
-    case FileInfoField::OriginalFileName:
-      return info.OriginalFileName;
-    case FileInfoField::ProductName:
-      return info.ProductName;
-    case FileInfoField::ProductVersion:
-      return info.ProductVersion;
-    case FileInfoField::ExtraValue:
-      return info.ExtraValue;
-  }
-  return {};
+  if (field == FileInfoField::ExtraValue) return info.ExtraValue;
+  const auto at = static_cast<std::size_t>(field);
+  return at < std::size(kEntries) ? info.*kEntries[at].member : std::wstring();
 }
 
 ModuleFacts GetModuleFacts(Shell& shell, const std::wstring& fileName) {

@@ -64,7 +64,7 @@ struct TFileInfo {
 };
 
 // Reads the version resource of a file in its first translation; an absent entry is empty. False,
-// with `info` untouched or partly filled, when there is none that can be read.
+// with `info` untouched, when there is none that can be read.
 [[nodiscard]] bool ReadFileInfo(Shell& shell, const std::wstring& fileName, TFileInfo& info,
                                 const std::wstring& extraEntryName);
 

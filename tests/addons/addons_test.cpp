@@ -64,6 +64,7 @@ TEST_F(AddonsTest, ListsDownloadedControls) {
   registry.Child(kUnit, L"{1}\0x"s).Text(kUnit, L"", L"C:\\1.dll");
   scanner.ScanDownloadedActiveX(list);
   scanner.ScanDownloadedActiveX(list);
+  EXPECT_EQ(test.shell.versionsOpened, list.Count()) << "one file is read for each row, once";
   EXPECT_EQ(Rows(), L"Player|M|C:\\1.dll -> C:\\1.dll|" + kClass +
                         L"{1}\nTwo||C:\\2.dll -> C:\\2.dll|" + kClass + L"{2}\n");
   EXPECT_TRUE(registry.Has(kClass + L"{new}")) << "left behind for a unit without a class";

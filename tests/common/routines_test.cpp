@@ -59,29 +59,44 @@ TEST_F(RoutinesTest, CommandLinesBecomePaths) {
 }
 
 TEST_F(RoutinesTest, PartsOfTexts) {
-  EXPECT_EQ(LeftOfChar(L"a\\b\\c", 255, L'\\') + LeftOfChar(L"abc", 255, L'\\'), L"a");
-  EXPECT_EQ(LeftOfChar(L"abc", 2, L'\0') + LeftOfChar(L"abc", 255, L'\0'), L"ababc");
-  EXPECT_EQ(RightOfLastChar(L"a\\b", 255, L'\\') + RightOfLastChar(L"ab", 255, L'\\'), L"bab");
-  EXPECT_EQ(RightOfLastChar(L"abc", 2, L'\0') + RightOfLastChar(L"abc", 255, L'\0'), L"bcabc");
+  EXPECT_EQ(LeftOfChar(L"a\\b\\c", 255, L'\\'), L"a");
+  EXPECT_EQ(LeftOfChar(L"abc", 255, L'\\'), L"");
+  EXPECT_EQ(LeftOfChar(L"abc", 2, L'\0'), L"ab");
+  EXPECT_EQ(LeftOfChar(L"abc", 255, L'\0'), L"abc");
+  EXPECT_EQ(RightOfLastChar(L"a\\b", 255, L'\\'), L"b");
+  EXPECT_EQ(RightOfLastChar(L"ab", 255, L'\\'), L"ab");
+  EXPECT_EQ(RightOfLastChar(L"abc", 2, L'\0'), L"bc");
+  EXPECT_EQ(RightOfLastChar(L"abc", 255, L'\0'), L"abc");
   EXPECT_EQ(PositionFromRight(L"a.b.c", L'.', 2), 2U);
   EXPECT_EQ(PositionFromRight(L"a.b.c", L'.', 3), 0U);
-  EXPECT_EQ(ExtractFileName(L"C:\\a.b\\c.d.LNK") + ExtractFileName(L"C:x"), L"c.d.LNKx");
-  EXPECT_EQ(ExtractFileExt(L"C:\\a.b\\c.d.LNK") + ExtractFileExt(L"C:\\a.b\\c"), L".LNK");
+  EXPECT_EQ(ExtractFileName(L"C:\\a.b\\c.d.LNK"), L"c.d.LNK");
+  EXPECT_EQ(ExtractFileName(L"C:x"), L"x");
+  EXPECT_EQ(ExtractFileExt(L"C:\\a.b\\c.d.LNK"), L".LNK");
+  EXPECT_EQ(ExtractFileExt(L"C:\\a.b\\c"), L"");
 }
 
 TEST_F(RoutinesTest, VersionFieldsComeFromTheFirstTranslation) {
   FakeShell::Version& version = shell.versions[L"x.dll"];
   version.translation = {{std::uint16_t{0x0C0A}, std::uint16_t{0x04E4}}};
-  version.texts = {{L"\\StringFileInfo\\0C0A04E4\\Comments", L"comments"},
-                   {L"\\StringFileInfo\\0C0A04E4\\OriginalFileName", L"original"},
-                   {L"\\StringFileInfo\\0C0A04E4\\WOW Version", L"extra"},
-                   {L"\\StringFileInfo\\040904B0\\CompanyName", L"in another language"}};
+  // By the number of the field.
+  const std::vector<std::pair<int, std::wstring>> fields{
+      {0, L"Comments"},         {2, L"FileDescription"}, {3, L"FileVersion"},
+      {4, L"InternalName"},     {5, L"LegalCopyright"},  {6, L"LegalTrademarks"},
+      {7, L"OriginalFileName"}, {8, L"ProductName"},     {9, L"ProductVersion"},
+      {10, L"WOW Version"}};
+  for (const auto& [number, entry] : fields) {
+    version.texts[L"\\StringFileInfo\\0C0A04E4\\" + entry] = L"the " + entry;
+  }
+  version.texts[L"\\StringFileInfo\\040904B0\\CompanyName"] = L"in another language";
   const auto field = [&](int number) {
-    return GetFileInfoField(shell, L"x.dll", static_cast<FileInfoField>(number)) + L" ";
+    return GetFileInfoField(shell, L"x.dll", static_cast<FileInfoField>(number));
   };
-  EXPECT_EQ(field(0) + field(1) + field(7) + field(10) + field(11), L"comments  original extra  ");
+  for (const auto& [number, entry] : fields) EXPECT_EQ(field(number), L"the " + entry);
+  EXPECT_EQ(field(1), L"");
+  EXPECT_EQ(field(11), L"");
+  EXPECT_EQ(field(-1), L"");
   version.translation.reset();
-  EXPECT_EQ(field(0), L"Unknown ");
+  EXPECT_EQ(field(0), L"Unknown");
 }
 
 }  // namespace

@@ -83,6 +83,7 @@ std::unique_ptr<VersionResource> FakeShell::OpenVersionResource(const std::wstri
    private:
     Version version_;
   };
+  ++versionsOpened;
   const auto version = versions.find(path);
   if (version == versions.end()) return nullptr;
   return std::make_unique<Resource>(version->second);

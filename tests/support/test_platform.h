@@ -71,6 +71,7 @@ class FakeShell : public Shell {
     std::map<std::wstring, std::wstring> texts;  // by sub-block
   };
   std::map<std::wstring, Version, TextLess> versions;
+  int versionsOpened = 0;
   // A version resource in US English with the Unicode code page.
   void AddVersion(const std::wstring& path, std::map<std::wstring, std::wstring> entries);
 

@@ -2,7 +2,7 @@
 
 #include <csetjmp>
 #include <cstdio>  // jpeglib.h uses FILE and size_t without including them
-#include <cstring>
+#include <memory>
 #include <utility>
 
 #include <jpeglib.h>
@@ -33,67 +33,10 @@ TPicture BlankPicture(unsigned width, unsigned height) {
           std::vector<std::uint32_t>(std::size_t{width} * height)};
 }
 
-// libpng and libjpeg report errors by longjmp, which runs no destructors. So each reader offers
-// small steps that own nothing, every step is its own landing place, and memory is taken between
-// the steps, where an exception meets no C frame.
-
-void ReadPngBytes(png_structp png, png_bytep out, std::size_t count) {
-  auto& rest = *static_cast<std::span<const std::byte>*>(png_get_io_ptr(png));
-  if (count > rest.size()) png_error(png, "cut off");
-  std::memcpy(out, rest.data(), count);
-  rest = rest.subspan(count);
-}
-
-[[noreturn]] void LeavePng(png_structp png, png_const_charp) { png_longjmp(png, 1); }
-void IgnorePngWarning(png_structp, png_const_charp) {}
-
-class PngReader {
- public:
-  explicit PngReader(std::span<const std::byte> data)
-      : rest_(data),
-        png_(png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, LeavePng, IgnorePngWarning)),
-        info_(png_ ? png_create_info_struct(png_) : nullptr) {}
-  ~PngReader() { png_destroy_read_struct(&png_, &info_, nullptr); }
-  PngReader(const PngReader&) = delete;
-  PngReader& operator=(const PngReader&) = delete;
-
-  // Reads up to the pixels and has every kind of them turned into four bytes R, G, B, A.
-  [[nodiscard]] bool Start() {
-    if (!info_) return false;
-    if (setjmp(png_jmpbuf(png_))) return false;
-    png_set_read_fn(png_, &rest_, ReadPngBytes);
-    png_set_user_limits(png_, kMaxSide, kMaxSide);
-    png_read_info(png_, info_);
-    png_set_expand(png_);
-    png_set_scale_16(png_);
-    png_set_gray_to_rgb(png_);
-    png_set_add_alpha(png_, 0xFF, PNG_FILLER_AFTER);
-    passes_ = png_set_interlace_handling(png_);
-    png_read_update_info(png_, info_);
-    return png_get_rowbytes(png_, info_) == std::size_t{Width()} * 4;
-  }
-
-  // Reads all rows, Width() * 4 bytes each, and what follows them to the end mark.
-  [[nodiscard]] bool ReadRows(unsigned char* first) {
-    if (setjmp(png_jmpbuf(png_))) return false;
-    for (int pass = 0; pass < passes_; ++pass) {
-      for (std::size_t y = 0; y < Height(); ++y) {
-        png_read_row(png_, first + y * Width() * 4, nullptr);
-      }
-    }
-    png_read_end(png_, nullptr);
-    return true;
-  }
-
-  [[nodiscard]] unsigned Width() const { return png_get_image_width(png_, info_); }
-  [[nodiscard]] unsigned Height() const { return png_get_image_height(png_, info_); }
-
- private:
-  std::span<const std::byte> rest_;
-  png_structp png_;
-  png_infop info_;
-  int passes_ = 1;
-};
+// libjpeg reports errors by longjmp, which runs no destructors. So its reader offers small steps
+// that own nothing, every step is its own landing place, and memory is taken between the steps,
+// where an exception meets no C frame. TurboJPEG would need none of that, but brings a compressor
+// along.
 
 class JpegReader {
  public:
@@ -157,12 +100,17 @@ class JpegReader {
 }  // namespace
 
 std::optional<TPicture> DecodePng(std::span<const std::byte> data) {
-  PngReader reader(data);
-  if (!reader.Start()) return std::nullopt;
-  TPicture picture = BlankPicture(reader.Width(), reader.Height());
-  // libpng needs all rows of an interlaced picture; the four bytes of a pixel become one in place.
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  const std::unique_ptr<png_image, decltype(&png_image_free)> freed(&image, png_image_free);
+  if (!png_image_begin_read_from_memory(&image, data.data(), data.size())) return std::nullopt;
+  if (image.width > kMaxSide || image.height > kMaxSide) return std::nullopt;
+  // Every kind of picture comes out as four bytes R, G, B, A, which become one pixel in place.
+  image.format = PNG_FORMAT_RGBA;
+  image.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;  // without it, 16 bits would mean linear light
+  TPicture picture = BlankPicture(image.width, image.height);
   auto* const rgba = reinterpret_cast<unsigned char*>(picture.pixels.data());
-  if (!reader.ReadRows(rgba)) return std::nullopt;
+  if (!png_image_finish_read(&image, nullptr, rgba, 0, nullptr)) return std::nullopt;
   for (std::size_t i = 0; i < picture.pixels.size(); ++i) {
     picture.pixels[i] = PremultipliedPixel(rgba + i * 4);
   }
@@ -188,9 +136,9 @@ std::optional<TPicture> DecodeJpeg(std::span<const std::byte> data) {
 
 std::span<const TPictureFormat> PictureFormats() {
   static constexpr TPictureFormat formats[] = {
-      {L"PNG", L"Portable Network Graphics", DecodePng},
-      {L"jpeg", L"JPEG Image File", DecodeJpeg},
-      {L"jpg", L"JPEG Image File", DecodeJpeg},
+      {L"PNG", DecodePng},  // Portable Network Graphics
+      {L"jpeg", DecodeJpeg},
+      {L"jpg", DecodeJpeg},
   };
   return formats;
 }

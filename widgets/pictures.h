@@ -30,15 +30,13 @@ struct TPicture {
 };
 
 // The pixels of a PNG (libpng) or JPEG (libjpeg) file in memory; nullopt when it is broken, cut off
-// or larger than 4096 pixels in a direction. A JPEG that ends early counts as cut off.
+// before the last pixel or larger than 4096 pixels in a direction. A JPEG has to have its end mark.
 [[nodiscard]] std::optional<TPicture> DecodePng(std::span<const std::byte> data);
 [[nodiscard]] std::optional<TPicture> DecodeJpeg(std::span<const std::byte> data);
 
-// The picture formats by file extension (without the dot, any case) with the description that a
-// file dialog would show. The program registers them at start.
+// The picture formats by file extension, without the dot and in any case.
 struct TPictureFormat {
   std::wstring_view extension;
-  std::wstring_view description;
   std::optional<TPicture> (*decode)(std::span<const std::byte> data);
 };
 [[nodiscard]] std::span<const TPictureFormat> PictureFormats();

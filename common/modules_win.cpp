@@ -42,10 +42,13 @@ class CompanionFolder {
 
 class WindowsModules : public ModuleRegistrar {
  public:
+  explicit WindowsModules(Com& com) : com_(com) {}
+
   // The library's code runs in this process and cannot be shielded: when it crashes, the program
   // ends. Callers unregister before they delete anything, so the registry is then as it was.
   void Unregister(const std::wstring& path) override {
     if (!IsAbsolutePath(path)) return;
+    com_.Start();
     const InputBlock block;
     // Its own folder and those of Windows, but not the program's. The flags are for the libraries
     // that it is linked to, the guards alone for those that it loads while it runs.
@@ -64,6 +67,9 @@ class WindowsModules : public ModuleRegistrar {
     const auto unregister = FindExport<UnregisterServer>(module.Get(), "DllUnregisterServer");
     if (unregister) unregister();
   }
+
+ private:
+  Com& com_;
 };
 
 }  // namespace
@@ -78,6 +84,8 @@ void PrepareProcess() {
   SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
 }
 
-std::unique_ptr<ModuleRegistrar> MakeWindowsModules() { return std::make_unique<WindowsModules>(); }
+std::unique_ptr<ModuleRegistrar> MakeWindowsModules(Com& com) {
+  return std::make_unique<WindowsModules>(com);
+}
 
 }  // namespace tarvelin

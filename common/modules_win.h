@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "common/com_win.h"
 #include "common/modules.h"
 
 namespace tarvelin {
@@ -16,6 +17,7 @@ namespace tarvelin {
 // statement of the program.
 void PrepareProcess();
 
-[[nodiscard]] std::unique_ptr<ModuleRegistrar> MakeWindowsModules();
+// `com` outlives the result.
+[[nodiscard]] std::unique_ptr<ModuleRegistrar> MakeWindowsModules(Com& com);
 
 }  // namespace tarvelin

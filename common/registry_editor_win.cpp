@@ -12,6 +12,8 @@ namespace {
 
 class WindowsEditor : public EditorWindows {
  public:
+  explicit WindowsEditor(Com& com) : com_(com) {}
+
   Window FindTopLevel(const std::wstring& className) override {
     return FromHandle(FindWindowW(className.c_str(), nullptr));
   }
@@ -23,7 +25,7 @@ class WindowsEditor : public EditorWindows {
 
   void StartEditor() override {
     // By its full path, so that nothing else of that name is started.
-    const auto process = Execute(WindowsFolder() + L"\\regedit.exe", L"open",
+    const auto process = Execute(com_, WindowsFolder() + L"\\regedit.exe", L"open",
                                  SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI, SW_MAXIMIZE);
     if (process && *process) WaitForInputIdle(process->Get(), INFINITE);
   }
@@ -47,10 +49,14 @@ class WindowsEditor : public EditorWindows {
  private:
   static Window FromHandle(HWND handle) { return reinterpret_cast<Window>(handle); }
   static HWND ToHandle(Window window) { return reinterpret_cast<HWND>(window); }
+
+  Com& com_;
 };
 
 }  // namespace
 
-std::unique_ptr<EditorWindows> MakeWindowsEditor() { return std::make_unique<WindowsEditor>(); }
+std::unique_ptr<EditorWindows> MakeWindowsEditor(Com& com) {
+  return std::make_unique<WindowsEditor>(com);
+}
 
 }  // namespace tarvelin

@@ -3,10 +3,12 @@
 
 #include <memory>
 
+#include "common/com_win.h"
 #include "common/registry_editor.h"
 
 namespace tarvelin {
 
-[[nodiscard]] std::unique_ptr<EditorWindows> MakeWindowsEditor();
+// `com` outlives the result.
+[[nodiscard]] std::unique_ptr<EditorWindows> MakeWindowsEditor(Com& com);
 
 }  // namespace tarvelin

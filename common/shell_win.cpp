@@ -16,6 +16,8 @@ std::unique_ptr<Icon> WrapIcon(HICON handle) {
 
 class WindowsShell : public Shell {
  public:
+  explicit WindowsShell(Com& com) : com_(com) {}
+
   std::unique_ptr<VersionResource> OpenVersionResource(const std::wstring& path) override {
     return version_.Open(path);
   }
@@ -30,6 +32,7 @@ class WindowsShell : public Shell {
   }
 
   std::unique_ptr<Icon> FileTypeIcon(const std::wstring& path, bool small) override {
+    com_.Start();
     SHFILEINFOW info{};
     const UINT flags = SHGFI_ICON | SHGFI_USEFILEATTRIBUTES | (small ? SHGFI_SMALLICON : 0);
     if (!SHGetFileInfoW(path.c_str(), FILE_ATTRIBUTE_NORMAL, &info, sizeof info, flags)) {
@@ -40,7 +43,7 @@ class WindowsShell : public Shell {
 
   bool ShowProperties(const std::wstring& path) override {
     constexpr ULONG mask = SEE_MASK_INVOKEIDLIST | SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI;
-    return Execute(path, L"properties", mask, SW_HIDE).has_value();
+    return Execute(com_, path, L"properties", mask, SW_HIDE).has_value();
   }
 
   std::wstring SpecialFolder(int folderId) override {
@@ -52,15 +55,17 @@ class WindowsShell : public Shell {
   }
 
  private:
+  Com& com_;
   VersionLibrary version_;
 };
 
 }  // namespace
 
-std::unique_ptr<Shell> MakeWindowsShell() { return std::make_unique<WindowsShell>(); }
+std::unique_ptr<Shell> MakeWindowsShell(Com& com) { return std::make_unique<WindowsShell>(com); }
 
-std::optional<UniqueKernelObject> Execute(const std::wstring& path, const wchar_t* verb, ULONG mask,
-                                          int show) {
+std::optional<UniqueKernelObject> Execute(Com& com, const std::wstring& path, const wchar_t* verb,
+                                          ULONG mask, int show) {
+  com.Start();
   const InputBlock block;  // extensions of the shell run in this process
   SHELLEXECUTEINFOW request{};
   request.cbSize = sizeof request;

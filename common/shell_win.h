@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "common/com_win.h"
 #include "common/handles_win.h"
 #include "common/shell.h"
 
@@ -23,12 +24,12 @@ class WindowsIcon : public Icon {
   UniqueIcon icon_;
 };
 
-// COM has to be started on the thread.
-[[nodiscard]] std::unique_ptr<Shell> MakeWindowsShell();
+// `com` outlives the result.
+[[nodiscard]] std::unique_ptr<Shell> MakeWindowsShell(Com& com);
 
 // Runs a verb on a file and gives the process, if one was started; nullopt when Windows refuses
 // (ShellExecuteExW with SEE_MASK_ flags and a show state).
-std::optional<UniqueKernelObject> Execute(const std::wstring& path, const wchar_t* verb, ULONG mask,
-                                          int show);
+std::optional<UniqueKernelObject> Execute(Com& com, const std::wstring& path, const wchar_t* verb,
+                                          ULONG mask, int show);
 
 }  // namespace tarvelin

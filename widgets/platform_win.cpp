@@ -1,12 +1,11 @@
 #include "widgets/platform_win.h"
 
 #include <windows.h>
-// After windows.h, on which it depends.
-#include <ole2.h>
 
 #include <algorithm>
 
 #include "common/clipboard_win.h"
+#include "common/com_win.h"
 #include "common/files_win.h"
 #include "common/modules_win.h"
 #include "common/registry_editor_win.h"
@@ -19,20 +18,6 @@ namespace {
 
 // What winternl.h leaves out. GetVersionEx tells programs what their manifest wants to hear.
 extern "C" LONG NTAPI RtlGetVersion(OSVERSIONINFOW* version);
-
-// COM for this thread; icons, property sheets and add-ons rely on it.
-class Com {
- public:
-  Com() : started_(SUCCEEDED(OleInitialize(nullptr))) {}
-  Com(const Com&) = delete;
-  Com& operator=(const Com&) = delete;
-  ~Com() {
-    if (started_) OleUninitialize();
-  }
-
- private:
-  bool started_;
-};
 
 class WindowsResources : public Resources {
  public:
@@ -85,10 +70,10 @@ struct WindowsPlatform::Parts {
   Com com;
   WindowsRegistry registry;
   std::unique_ptr<FileSystem> files = MakeWindowsFiles();
-  std::unique_ptr<ModuleRegistrar> modules = MakeWindowsModules();
-  std::unique_ptr<Shell> shell = MakeWindowsShell();
+  std::unique_ptr<ModuleRegistrar> modules = MakeWindowsModules(com);
+  std::unique_ptr<Shell> shell = MakeWindowsShell(com);
   MessageBoxes& boxes;
-  std::unique_ptr<EditorWindows> editor = MakeWindowsEditor();
+  std::unique_ptr<EditorWindows> editor = MakeWindowsEditor(com);
   WindowsResources resources;
   WindowsDisplay display;
   WindowsClipboard clipboard;

@@ -9,7 +9,7 @@
 namespace tarvelin {
 
 // Everything but the message boxes, which are there before the application is. Used by the thread
-// that has the windows; COM is started on it as long as this object lives.
+// that has the windows.
 class WindowsPlatform {
  public:
   WindowsPlatform(MessageBoxes& boxes, PeerContext& context);

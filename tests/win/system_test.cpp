@@ -34,7 +34,8 @@ class SystemTest : public ::testing::Test {
   const std::wstring folder = L"C:\\System test";
   const std::wstring sample = Environment(L"TARVELIN_SAMPLE") + L"\\";
   const std::unique_ptr<FileSystem> files = MakeWindowsFiles();
-  const std::unique_ptr<Shell> shell = MakeWindowsShell();
+  Com com;
+  const std::unique_ptr<Shell> shell = MakeWindowsShell(com);
 };
 
 TEST_F(SystemTest, TellsFilesFromFoldersAndFreeOnesFromThoseInUse) {
@@ -107,7 +108,7 @@ TEST_F(SystemTest, UnregistersByTheFullPathAndPassesByWhatIsNoLibrary) {
   SetErrorMode(0);  // what the test framework sets
   PrepareProcess();
   EXPECT_EQ(GetErrorMode() & SEM_FAILCRITICALERRORS, UINT{SEM_FAILCRITICALERRORS});
-  const auto modules = MakeWindowsModules();
+  const auto modules = MakeWindowsModules(com);
   for (const auto& path : {folder, sample + L"text.dll", folder + L"\\missing.dll", std::wstring(),
                            std::wstring(L"refusing.dll"), sample + L"silent.ocx"}) {
     modules->Unregister(path);
@@ -125,24 +126,23 @@ TEST_F(SystemTest, GivesIconsFoldersAndScreenFacts) {
   TApplication application(boxes, L"Test");
   MessageLoop loop;
   PeerContext context{GetModuleHandleW(nullptr), loop, application, nullptr, nullptr};
-  APTTYPE apartment{};
-  APTTYPEQUALIFIER qualifier{};
-  EXPECT_EQ(CoGetApartmentType(&apartment, &qualifier), CO_E_NOTINITIALIZED);
   WindowsPlatform windows(boxes, context);
-  EXPECT_EQ(CoGetApartmentType(&apartment, &qualifier), S_OK) << "what makes icons may need COM";
+  Display& display = windows.Get().display;
+  EXPECT_GT(display.TextWidth(L"mmmm"), display.TextWidth(L"ii"));
+  EXPECT_GE(display.WindowsMajorVersion(), 6);
 
   const std::wstring shell32 = SystemFolder() + L"\\shell32.dll";
   EXPECT_TRUE(shell->ExtractIconOf(shell32, 0));
   EXPECT_FALSE(shell->ExtractIconOf(shell32, -1));
   EXPECT_FALSE(shell->ExtractIconOf(shell32, 30000));
   EXPECT_FALSE(shell->ExtractIconOf(sample + L"text.dll", 0));
+  APTTYPE apartment{};
+  APTTYPEQUALIFIER qualifier{};
+  EXPECT_EQ(CoGetApartmentType(&apartment, &qualifier), CO_E_NOTINITIALIZED);
   EXPECT_TRUE(GetFileIcon(*files, *shell, L"C:\\no such\\file.txt /x", true));
+  EXPECT_EQ(CoGetApartmentType(&apartment, &qualifier), S_OK) << "what makes icons may need COM";
   EXPECT_TRUE(GetSpecialFolder(*shell, kAppDataFolder).ends_with(L"\\Roaming"));
   EXPECT_EQ(GetSpecialFolder(*shell, 0x7F), L"");
-
-  Display& display = windows.Get().display;
-  EXPECT_GT(display.TextWidth(L"mmmm"), display.TextWidth(L"ii"));
-  EXPECT_GE(display.WindowsMajorVersion(), 6);
 }
 
 TEST_F(SystemTest, OneInstanceGoesByTheFileNameOnDisk) {

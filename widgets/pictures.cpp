@@ -1,5 +1,6 @@
 #include "widgets/pictures.h"
 
+#include <algorithm>
 #include <csetjmp>
 #include <cstdio>  // jpeglib.h uses FILE and size_t without including them
 #include <memory>
@@ -22,10 +23,12 @@ namespace {
 // More than any screen that the window fits on; keeps a broken header from asking for gigabytes.
 constexpr unsigned kMaxSide = 4096;
 
-std::uint32_t PremultipliedPixel(const unsigned char* rgba) {
-  const std::uint32_t alpha = rgba[3];
-  const auto scaled = [alpha](std::uint32_t colour) { return (colour * alpha + 127) / 255; };
-  return alpha << 24 | scaled(rgba[0]) << 16 | scaled(rgba[1]) << 8 | scaled(rgba[2]);
+std::uint32_t Premultiplied(std::uint32_t pixel) {
+  const std::uint32_t alpha = pixel >> 24;
+  const auto scaled = [&](unsigned shift) {
+    return ((pixel >> shift & 0xFF) * alpha + 127) / 255 << shift;
+  };
+  return alpha << 24 | scaled(16) | scaled(8) | scaled(0);
 }
 
 TPicture BlankPicture(unsigned width, unsigned height) {
@@ -33,50 +36,40 @@ TPicture BlankPicture(unsigned width, unsigned height) {
           std::vector<std::uint32_t>(std::size_t{width} * height)};
 }
 
-// libjpeg reports errors by longjmp, which runs no destructors. So its reader offers small steps
-// that own nothing, every step is its own landing place, and memory is taken between the steps,
-// where an exception meets no C frame. TurboJPEG would need none of that, but brings a compressor
-// along.
-
+// A JPEG file on its way to a picture. libjpeg reports errors by longjmp, which runs no
+// destructors: what has one stands here, outside of the function that is left so, and an exception
+// for want of memory meets no C frame there. TurboJPEG would need none of that, but brings a
+// compressor along.
 class JpegReader {
  public:
+  TPicture picture;
+
   JpegReader() {
     info_.err = jpeg_std_error(&errors_.manager);
     errors_.manager.error_exit = Leave;
     errors_.manager.emit_message = LeaveIfCorrupt;
-    if (!setjmp(errors_.landing)) jpeg_create_decompress(&info_);
   }
   ~JpegReader() { jpeg_destroy_decompress(&info_); }
   JpegReader(const JpegReader&) = delete;
   JpegReader& operator=(const JpegReader&) = delete;
 
-  [[nodiscard]] bool Start(std::span<const std::byte> data) {
-    if (!info_.mem || !std::in_range<unsigned long>(data.size())) return false;
+  [[nodiscard]] bool Read(const unsigned char* data, unsigned long size) {
     if (setjmp(errors_.landing)) return false;
-    jpeg_mem_src(&info_, reinterpret_cast<const unsigned char*>(data.data()),
-                 static_cast<unsigned long>(data.size()));
+    jpeg_create_decompress(&info_);
+    jpeg_mem_src(&info_, data, size);
     jpeg_read_header(&info_, TRUE);
-    if (Width() > kMaxSide || Height() > kMaxSide) return false;
+    if (info_.image_width > kMaxSide || info_.image_height > kMaxSide) return false;
     // libjpeg converts greyscale as well, and refuses the colours of print.
-    info_.out_color_space = JCS_RGB;
+    info_.out_color_space = JCS_EXT_BGRA;
     jpeg_start_decompress(&info_);
-    return info_.output_components == 3;
+    picture = BlankPicture(info_.image_width, info_.image_height);
+    while (info_.output_scanline < info_.image_height) {
+      row_ = reinterpret_cast<unsigned char*>(picture.pixels.data()) +
+             std::size_t{info_.output_scanline} * info_.image_width * 4;
+      jpeg_read_scanlines(&info_, &row_, 1);
+    }
+    return jpeg_finish_decompress(&info_) != FALSE;  // reads to the end mark
   }
-
-  // Reads the next row of Width() * 3 bytes R, G, B.
-  [[nodiscard]] bool ReadRow(unsigned char* row) {
-    if (setjmp(errors_.landing)) return false;
-    return jpeg_read_scanlines(&info_, &row, 1) == 1;
-  }
-
-  // Reads to the end mark.
-  [[nodiscard]] bool Finish() {
-    if (setjmp(errors_.landing)) return false;
-    return jpeg_finish_decompress(&info_) != FALSE;
-  }
-
-  [[nodiscard]] unsigned Width() const { return info_.image_width; }
-  [[nodiscard]] unsigned Height() const { return info_.image_height; }
 
  private:
   struct Errors {
@@ -95,6 +88,7 @@ class JpegReader {
 
   Errors errors_{};
   jpeg_decompress_struct info_{};
+  unsigned char* row_ = nullptr;
 };
 
 }  // namespace
@@ -105,33 +99,23 @@ std::optional<TPicture> DecodePng(std::span<const std::byte> data) {
   const std::unique_ptr<png_image, decltype(&png_image_free)> freed(&image, png_image_free);
   if (!png_image_begin_read_from_memory(&image, data.data(), data.size())) return std::nullopt;
   if (image.width > kMaxSide || image.height > kMaxSide) return std::nullopt;
-  // Every kind of picture comes out as four bytes R, G, B, A, which become one pixel in place.
-  image.format = PNG_FORMAT_RGBA;
+  image.format = PNG_FORMAT_BGRA;            // whatever the file has
   image.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;  // without it, 16 bits would mean linear light
   TPicture picture = BlankPicture(image.width, image.height);
-  auto* const rgba = reinterpret_cast<unsigned char*>(picture.pixels.data());
-  if (!png_image_finish_read(&image, nullptr, rgba, 0, nullptr)) return std::nullopt;
-  for (std::size_t i = 0; i < picture.pixels.size(); ++i) {
-    picture.pixels[i] = PremultipliedPixel(rgba + i * 4);
-  }
+  auto& pixels = picture.pixels;
+  if (!png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr)) return std::nullopt;
+  std::transform(pixels.begin(), pixels.end(), pixels.begin(), Premultiplied);
   return picture;
 }
 
 std::optional<TPicture> DecodeJpeg(std::span<const std::byte> data) {
+  if (!std::in_range<unsigned long>(data.size())) return std::nullopt;
   JpegReader reader;
-  if (!reader.Start(data)) return std::nullopt;
-  TPicture picture = BlankPicture(reader.Width(), reader.Height());
-  std::vector<unsigned char> row(std::size_t{reader.Width()} * 3);
-  auto pixel = picture.pixels.begin();
-  for (unsigned y = 0; y < reader.Height(); ++y) {
-    if (!reader.ReadRow(row.data())) return std::nullopt;
-    for (std::size_t x = 0; x < row.size(); x += 3) {
-      *pixel++ =
-          0xFF000000u | std::uint32_t{row[x]} << 16 | std::uint32_t{row[x + 1]} << 8 | row[x + 2];
-    }
+  if (!reader.Read(reinterpret_cast<const unsigned char*>(data.data()),
+                   static_cast<unsigned long>(data.size()))) {
+    return std::nullopt;
   }
-  if (!reader.Finish()) return std::nullopt;
-  return picture;
+  return std::move(reader.picture);
 }
 
 std::span<const TPictureFormat> PictureFormats() {

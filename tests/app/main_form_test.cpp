@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "app/UnitMain.h"
-#include "settings/UnitChangeSetting.h"
 #include "shellmenu/shellmenu.h"
-#include "tests/support/test_platform.h"
+#include "tests/support/form_driver.h"
 
 namespace tarvelin::testing {
 namespace {
@@ -13,18 +11,18 @@ const std::wstring kToolbar =
     L"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Internet Explorer\\Toolbar";
 const std::wstring kWindows = L"HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\";
 
-class MainForm : public ::testing::Test {
+class MainForm : public ::testing::Test, protected FormDriver {
  protected:
   // Two handlers, two helper objects and two toolbars, of which the second has no module.
   void SetUp() override {
-    auto& registry = world_.registry;
+    auto& registry = world.registry;
     registry.Text(kClasses + L"*\\shellex\\ContextMenuHandlers\\Packer", L"", L"{1}");
     registry.Text(kClasses + L"Drive\\shellex\\ContextMenuHandlers\\Disk", L"", L"{2}");
     for (const std::wstring name : {L"B", L"C", L"T1", L"T2"}) {
       const std::wstring classKey = kClasses + L"CLSID\\{" + name + L"}";
       registry.Text(classKey, L"", L"Class " + name);
       registry.Text(classKey + L"\\InprocServer32", L"", L"C:\\" + name + L".dll");
-      if (name != L"T2") world_.files.Add(L"C:\\" + name + L".dll");
+      if (name != L"T2") world.files.Add(L"C:\\" + name + L".dll");
     }
     for (const wchar_t* name : {L"{B}", L"{C}"}) {
       registry.Integer(kWindows + L"Ext\\Stats\\" + name + L"\\iexplore", L"Type", 3);
@@ -33,43 +31,8 @@ class MainForm : public ::testing::Test {
     registry.Text(kWindows + L"Explorer\\Shell Folders", L"SendTo", L"C:\\SendTo");
   }
 
-  void Start() {
-    form_ = std::make_unique<TFormMain>(world_.platform, application_, L"C:\\Program\\");
-    change_ = std::make_unique<TFormChange>(world_.platform, form_->lvHijack(),
-                                            [this] { form_->TranslateWindows(); });
-    form_->SetFormChange(*change_);
-    application_.AddForm(*form_);
-    application_.AddForm(*change_);
-    form_->Show();
-  }
-
-  template <typename T>
-  T& Find(std::wstring_view name) {
-    for (const auto& component : form_->Components()) {
-      if (component->Name() == name) return dynamic_cast<T&>(*component);
-    }
-    throw std::runtime_error("no component " + ToUtf8(name));
-  }
-  TListView& List(std::wstring_view name) { return Find<TListView>(name); }
-  TListView& lvHijack() { return form_->lvHijack(); }
-  bool Enabled(std::wstring_view name) { return Find<TButton>(name).Enabled(); }
-  void Press(std::wstring_view button) {
-    application_.Run([&] { Find<TButton>(button).Click(); });
-  }
-  void Visit(std::wstring_view caption) {
-    for (TGroup* group : Find<TGroupBar>(L"RzGroupBar").Groups()) {
-      for (TGroupItem* item : group->Items()) {
-        if (item->Caption() == caption) return application_.Run([&] { item->Click(); });
-      }
-    }
-    FAIL() << "no item " << ToUtf8(caption);
-  }
+  TListView& lvHijack() { return form->lvHijack(); }
   std::wstring ActivePage() { return Find<TPageNote>(L"PageNote1").ActivePage()->Name(); }
-
-  TestPlatform world_;
-  TApplication application_{world_.boxes, L"Tarvelin"};
-  std::unique_ptr<TFormMain> form_;
-  std::unique_ptr<TFormChange> change_;
 };
 
 TEST_F(MainForm, StartsWithTheShellPageFilled) {
@@ -95,7 +58,7 @@ TEST_F(MainForm, AHighCaptionBarCutsNothingOff) {
   Start();
   const auto places = [this] {
     std::map<std::wstring, TRect> all;
-    for (const auto& component : form_->Components()) {
+    for (const auto& component : form->Components()) {
       if (const auto* control = dynamic_cast<TControl*>(component.get())) {
         all[control->Name()] = control->Bounds();
       }
@@ -103,7 +66,7 @@ TEST_F(MainForm, AHighCaptionBarCutsNothingOff) {
     return all;
   };
   const auto usual = places();
-  form_->WindowResized(743, 440);
+  form->WindowResized(743, 440);
   const auto low = places();
   EXPECT_EQ(low.at(L"Panel_Bottom"), (TRect{0, 391, 743, 49}));
   EXPECT_EQ(low.at(L"RzGroupBar"), (TRect{0, 70, 178, 321}));
@@ -112,7 +75,7 @@ TEST_F(MainForm, AHighCaptionBarCutsNothingOff) {
   for (const wchar_t* foot : {L"btnSEKey", L"chkBoxAll", L"Button_Restore", L"img11"}) {
     EXPECT_EQ(low.at(foot).top, usual.at(foot).top - 42) << ToUtf8(foot);
   }
-  form_->WindowResized(743, 482);
+  form->WindowResized(743, 482);
   EXPECT_EQ(places(), usual);
 }
 
@@ -142,33 +105,33 @@ TEST_F(MainForm, PropertiesStaysAsItWasForAToolbarWithoutAModule) {
     EXPECT_EQ(Enabled(L"btnTlbarPPT"), properties);
   }
   Press(L"btnTlbarPPT");
-  EXPECT_EQ(world_.shell.properties, std::vector<std::wstring>{L"C:\\T1.dll"});
+  EXPECT_EQ(world.shell.properties, std::vector<std::wstring>{L"C:\\T1.dll"});
 }
 
 TEST_F(MainForm, RemovesAModuleThatIsFreeOnceThatIsConfirmed) {
   Start();
   Visit(L"IE BHOs");
   List(L"lvBHO").SetSelectedIndex(0);
-  const auto before = world_.registry.Dump();
-  world_.boxes.answers = {kAnswerNo, kAnswerYes, kAnswerOk};
+  const auto before = world.registry.Dump();
+  world.boxes.answers = {kAnswerNo, kAnswerYes, kAnswerOk};
   Press(L"btnBHORmv");
-  world_.files.locked.insert(L"C:\\B.dll");
+  world.files.locked.insert(L"C:\\B.dll");
   Press(L"btnBHORmv");
-  EXPECT_EQ(world_.boxes.shown.back(),
+  EXPECT_EQ(world.boxes.shown.back(),
             (FakeBoxes::Box{L"This operation could not be completed.\r\nAccess is denied.",
                             L"Unable to delete file", 0x10}));
-  EXPECT_EQ(world_.registry.Dump(), before);
+  EXPECT_EQ(world.registry.Dump(), before);
   EXPECT_EQ(List(L"lvBHO").Count(), 2);
 
   List(L"lvBHO").SetSelectedIndex(1);
-  world_.boxes.shown.clear();
-  world_.boxes.answers = {kAnswerYes, kAnswerOk};
+  world.boxes.shown.clear();
+  world.boxes.answers = {kAnswerYes, kAnswerOk};
   Press(L"btnBHORmv");
-  EXPECT_EQ(world_.boxes.shown,
+  EXPECT_EQ(world.boxes.shown,
             (std::vector<FakeBoxes::Box>{{L"Are you sure to remove \"Unknown\"?", L"Warning", 0x24},
                                          {L"Remove successfully!", L"Tarvelin", 0}}));
-  EXPECT_EQ(world_.modules.unregistered, std::vector<std::wstring>{L"C:\\C.dll"});
-  EXPECT_FALSE(world_.registry.Has(kClasses + L"CLSID\\{C}"));
+  EXPECT_EQ(world.modules.unregistered, std::vector<std::wstring>{L"C:\\C.dll"});
+  EXPECT_FALSE(world.registry.Has(kClasses + L"CLSID\\{C}"));
   EXPECT_EQ(List(L"lvBHO").Count(), 1);
   EXPECT_FALSE(Enabled(L"btnBHORmv"));
 }
@@ -178,71 +141,71 @@ TEST_F(MainForm, NothingElseHappensInTheMiddleOfACommand) {
   Visit(L"IE BHOs");
   TListView& list = List(L"lvBHO");
   const auto meddle = [&] {
-    EXPECT_TRUE(application_.Busy());
-    application_.Run([&] { form_->Close(); });
+    EXPECT_TRUE(application.Busy());
+    application.Run([&] { form->Close(); });
     Visit(L"IE Toolbars");
-    application_.Report([&] { list.SetSelectedIndex(1); });
+    application.Report([&] { list.SetSelectedIndex(1); });
     Press(L"btnBHORmv");
     Press(L"btnClose");
   };
-  world_.boxes.onShow = world_.modules.onUnregister = meddle;
+  world.boxes.onShow = world.modules.onUnregister = meddle;
   list.SetSelectedIndex(0);
-  world_.boxes.answers = {kAnswerYes, kAnswerOk};
+  world.boxes.answers = {kAnswerYes, kAnswerOk};
   Press(L"btnBHORmv");
-  EXPECT_EQ(world_.modules.unregistered, std::vector<std::wstring>{L"C:\\B.dll"});
-  EXPECT_FALSE(world_.registry.Has(kClasses + L"CLSID\\{B}"));
-  EXPECT_TRUE(world_.registry.Has(kClasses + L"CLSID\\{C}"));
+  EXPECT_EQ(world.modules.unregistered, std::vector<std::wstring>{L"C:\\B.dll"});
+  EXPECT_FALSE(world.registry.Has(kClasses + L"CLSID\\{B}"));
+  EXPECT_TRUE(world.registry.Has(kClasses + L"CLSID\\{C}"));
   ASSERT_EQ(list.Count(), 1);
   EXPECT_EQ(list.Data<TIESec>(0)->FilePath, L"C:\\C.dll");
   EXPECT_EQ(ActivePage(), L"PageTab_IE_BHO");
-  EXPECT_TRUE(form_->Visible());
+  EXPECT_TRUE(form->Visible());
 
   // A row that has gone while the question stood is not removed from anywhere.
-  world_.boxes.onShow = [&] { list.Delete(0); };
+  world.boxes.onShow = [&] { list.Delete(0); };
   list.SetSelectedIndex(0);
-  const auto before = world_.registry.Dump();
-  world_.boxes.answers = {kAnswerYes};
+  const auto before = world.registry.Dump();
+  world.boxes.answers = {kAnswerYes};
   Press(L"btnBHORmv");
-  EXPECT_EQ(world_.registry.Dump(), before);
+  EXPECT_EQ(world.registry.Dump(), before);
 }
 
 TEST_F(MainForm, ALongNameIsShortenedInAQuestion) {
   const std::wstring name = std::wstring(499, L'a') + L"\xD83C" + std::wstring(19'000, L'm') +
                             L"\xDF32" + std::wstring(498, L'z');
-  world_.registry.Text(
+  world.registry.Text(
       L"HKEY_CURRENT_USER\\Software\\Microsoft\\Internet Explorer\\MenuExt\\" + name, L"", L"");
   Start();
   Visit(L"IE Context Menus");
   List(L"lvMenu").SetSelectedIndex(0);
-  world_.boxes.answers = {kAnswerNo};
+  world.boxes.answers = {kAnswerNo};
   Press(L"btnCMRmv");
-  EXPECT_EQ(world_.boxes.shown.back().text, L"Are you sure to remove \"" + std::wstring(499, L'a') +
-                                                L"\x2026" + std::wstring(498, L'z') + L"\"?");
+  EXPECT_EQ(world.boxes.shown.back().text, L"Are you sure to remove \"" + std::wstring(499, L'a') +
+                                               L"\x2026" + std::wstring(498, L'z') + L"\"?");
 }
 
 TEST_F(MainForm, KeysAndTheRowMenuDoWhatTheButtonsDo) {
   Start();
   Visit(L"IE BHOs");
   TListView& list = List(L"lvBHO");
-  const auto press = [&](ListKey key) { application_.Run([&] { list.OnKey(key); }); };
+  const auto press = [&](ListKey key) { application.Run([&] { list.OnKey(key); }); };
   for (const ListKey key : {ListKey::Delete, ListKey::AltEnter, ListKey::CtrlC, ListKey::F2}) {
     press(key);  // no row is selected
   }
   EXPECT_FALSE(list.OnMenu().back().enabled);
   list.SetSelectedIndex(1);
   press(ListKey::AltEnter);
-  EXPECT_EQ(world_.shell.properties, std::vector<std::wstring>{L"C:\\C.dll"});
+  EXPECT_EQ(world.shell.properties, std::vector<std::wstring>{L"C:\\C.dll"});
   press(ListKey::CtrlC);
-  EXPECT_EQ(world_.clipboard.content,
+  EXPECT_EQ(world.clipboard.content,
             L"Unknown\tUnknown\tC:\\C.dll\tHKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\{C}");
   const auto menu = list.OnMenu();
   ASSERT_EQ(menu.size(), 3U);
   EXPECT_EQ(menu[0].caption, L"Remove");
   EXPECT_EQ(menu[1].caption, L"Properties");
   EXPECT_EQ(menu[2].caption, L"Copy");
-  world_.boxes.answers = {kAnswerYes, kAnswerOk};
-  application_.Run(menu[0].OnClick);
-  EXPECT_FALSE(world_.registry.Has(kClasses + L"CLSID\\{C}"));
+  world.boxes.answers = {kAnswerYes, kAnswerOk};
+  application.Run(menu[0].OnClick);
+  EXPECT_FALSE(world.registry.Has(kClasses + L"CLSID\\{C}"));
   EXPECT_EQ(list.Count(), 1);
 
   Visit(L"IE Settings");
@@ -251,12 +214,12 @@ TEST_F(MainForm, KeysAndTheRowMenuDoWhatTheButtonsDo) {
   EXPECT_TRUE(Find<TCheckBox>(L"chkBoxAll").Checked());
   lvHijack().SetSelectedIndex(7);
   lvHijack().OnKey(ListKey::CtrlC);
-  EXPECT_EQ(world_.clipboard.content,
+  EXPECT_EQ(world.clipboard.content,
             L"Start Page(All Users)\t\t"
             L"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Internet Explorer\\Main|Start Page\t"
             L"http://www.msn.com");
   lvHijack().OnKey(ListKey::F2);
-  EXPECT_TRUE(change_->Visible());
+  EXPECT_TRUE(change->Visible());
 }
 
 TEST_F(MainForm, ARestoreThatWritesNothingClearsSelectAllAlone) {
@@ -265,36 +228,36 @@ TEST_F(MainForm, ARestoreThatWritesNothingClearsSelectAllAlone) {
   EXPECT_FALSE(Enabled(L"Button_Restore"));
   Find<TCheckBox>(L"chkBoxAll").SetChecked(true);
   EXPECT_TRUE(Enabled(L"Button_Restore"));
-  world_.boxes.answers = {kAnswerNo, kAnswerYes, kAnswerOk};
+  world.boxes.answers = {kAnswerNo, kAnswerYes, kAnswerOk};
   Press(L"Button_Restore");
   EXPECT_TRUE(Find<TCheckBox>(L"chkBoxAll").Checked());
 
   for (const std::wstring root : {L"HKEY_CURRENT_USER", L"HKEY_LOCAL_MACHINE"}) {
     for (const wchar_t* key : {L"Main", L"SearchUrl", L"Search", L"AboutURLs"}) {
-      world_.registry.Deny(root + L"\\Software\\Microsoft\\Internet Explorer\\" + key);
+      world.registry.Deny(root + L"\\Software\\Microsoft\\Internet Explorer\\" + key);
     }
   }
   Press(L"Button_Restore");
-  EXPECT_EQ(world_.boxes.shown.back(),
+  EXPECT_EQ(world.boxes.shown.back(),
             (FakeBoxes::Box{L"No items selected!", L"Tarvelin", kBoxError}));
   EXPECT_FALSE(Find<TCheckBox>(L"chkBoxAll").Checked());
   EXPECT_TRUE(List(L"lvHijack").Item(21).checked);
 }
 
 TEST_F(MainForm, SpeaksTheLanguageOfTheSettingsFile) {
-  world_.files.entries[L"C:\\Program\\Toolbox_Language\\*.lng"] = {L"Test.lng", L"Other.lngbak"};
-  world_.files.Add(L"C:\\Program\\Toolbox_Language\\Test.lng",
-                   "[Tarvelin_FormMain]\nbtnClose.Caption=Zu\nRzGroupTarvelin.Items[4].Caption=H\n"
-                   "FormMain.Caption=T!\nlvBHO.Columns[1].Caption=Wer\nPanel_Top.Caption=no\n"
-                   "Label_Menu.Caption=Kontext\n"
-                   "chkBoxAll.Caption=Alle Einstellungen dieser Seite markieren\n"
-                   "[Tarvelin_M]\nM_Warning=\nM_Drive=Platte\n");
-  world_.files.profile
+  world.files.entries[L"C:\\Program\\Toolbox_Language\\*.lng"] = {L"Test.lng", L"Other.lngbak"};
+  world.files.Add(L"C:\\Program\\Toolbox_Language\\Test.lng",
+                  "[Tarvelin_FormMain]\nbtnClose.Caption=Zu\nRzGroupTarvelin.Items[4].Caption=H\n"
+                  "FormMain.Caption=T!\nlvBHO.Columns[1].Caption=Wer\nPanel_Top.Caption=no\n"
+                  "Label_Menu.Caption=Kontext\n"
+                  "chkBoxAll.Caption=Alle Einstellungen dieser Seite markieren\n"
+                  "[Tarvelin_M]\nM_Warning=\nM_Drive=Platte\n");
+  world.files.profile
       [L"C:\\Users\\u\\AppData\\Roaming\\Corvane\\Halvicore V4\\Main.ini|Main|"
        L"Language"] = L"test";
   Start();
   EXPECT_EQ(Find<TButton>(L"btnClose").Caption(), L"Zu");
-  EXPECT_EQ(form_->Caption(), L"T!");
+  EXPECT_EQ(form->Caption(), L"T!");
   EXPECT_EQ(List(L"lvBHO").Columns()[1].caption, L"Wer");
   EXPECT_EQ(Find<TPanel>(L"Panel_Top").Caption(), L"");
   EXPECT_EQ(Find<TGroupBar>(L"RzGroupBar").Groups()[0]->Caption(), L"Kontext");
@@ -303,13 +266,13 @@ TEST_F(MainForm, SpeaksTheLanguageOfTheSettingsFile) {
   Visit(L"H");
   EXPECT_EQ(ActivePage(), L"PageTab_IE_BHO");
   List(L"lvBHO").SetSelectedIndex(0);
-  world_.boxes.answers = {kAnswerNo};
+  world.boxes.answers = {kAnswerNo};
   Press(L"btnBHORmv");
-  EXPECT_EQ(world_.boxes.shown.back().caption, L"");  // present but empty is not missing
+  EXPECT_EQ(world.boxes.shown.back().caption, L"");  // present but empty is not missing
 }
 
 TEST_F(MainForm, AListingLetsOtherCommandsThrough) {
-  world_.files.entries[L"C:\\SendTo\\*.*"] = {L".", L"..", L"a.lnk", L"b.lnk", L"c.lnk"};
+  world.files.entries[L"C:\\SendTo\\*.*"] = {L".", L"..", L"a.lnk", L"b.lnk", L"c.lnk"};
   Start();
   TListView& list = List(L"lvSendList");
   // All rows so far go, and the page's item is clicked again.
@@ -318,19 +281,19 @@ TEST_F(MainForm, AListingLetsOtherCommandsThrough) {
     Visit(L"Send to");
     Visit(L"IE Bars");
   };
-  world_.display.onProcessMessages = [&] { application_.Listen(meddle); };
+  world.display.onProcessMessages = [&] { application.Listen(meddle); };
   Visit(L"Send to");
   ASSERT_EQ(list.Count(), 1);
   EXPECT_EQ(list.Item(0).caption, L"c");
   EXPECT_EQ(ActivePage(), L"PageTab_IE_Bar");
 
   list.Delete(0);
-  world_.display.onProcessMessages = [this] {
-    application_.Listen([this] { application_.Run([this] { form_->Close(); }); });
+  world.display.onProcessMessages = [this] {
+    application.Listen([this] { application.Run([this] { form->Close(); }); });
     Visit(L"IE BHOs");
   };
   Visit(L"Send to");
-  EXPECT_FALSE(form_->Visible());
+  EXPECT_FALSE(form->Visible());
   EXPECT_EQ(List(L"lvBHO").Count(), 0);
 }
 

@@ -36,6 +36,28 @@ TPicture BlankPicture(unsigned width, unsigned height) {
           std::vector<std::uint32_t>(std::size_t{width} * height)};
 }
 
+// Whether a PNG holds all its chunks up to the end mark. libpng makes room for a chunk before it
+// finds the file shorter than that: a hundred bytes could ask it for gigabytes.
+bool HoldsAllChunks(std::span<const std::byte> png) {
+  constexpr std::size_t signature = 8;
+  constexpr std::size_t frame = 12;              // around a chunk's data: length, type and checksum
+  constexpr std::uint32_t endMark = 0x49454E44;  // "IEND"
+  const auto number = [&](std::size_t at) {
+    std::uint32_t value = 0;
+    for (const std::byte byte : png.subspan(at, 4)) {
+      value = value << 8 | std::to_integer<std::uint32_t>(byte);
+    }
+    return value;
+  };
+  for (std::size_t at = signature; at + frame <= png.size();) {
+    const std::size_t length = number(at);
+    if (length > png.size() - at - frame) return false;
+    if (number(at + 4) == endMark) return true;
+    at += frame + length;
+  }
+  return false;
+}
+
 // A JPEG file on its way to a picture. libjpeg reports errors by longjmp, which runs no
 // destructors: what has one stands here, outside of the function that is left so, and an exception
 // for want of memory meets no C frame there. TurboJPEG would need none of that, but brings a
@@ -94,6 +116,7 @@ class JpegReader {
 }  // namespace
 
 std::optional<TPicture> DecodePng(std::span<const std::byte> data) {
+  if (!HoldsAllChunks(data)) return std::nullopt;
   png_image image{};
   image.version = PNG_IMAGE_VERSION;
   const std::unique_ptr<png_image, decltype(&png_image_free)> freed(&image, png_image_free);

@@ -30,7 +30,7 @@ struct TPicture {
 };
 
 // The pixels of a PNG (libpng) or JPEG (libjpeg) file in memory; nullopt when it is broken, cut off
-// before the last pixel or larger than 4096 pixels in a direction. A JPEG has to have its end mark.
+// before its end mark or larger than 4096 pixels in a direction.
 [[nodiscard]] std::optional<TPicture> DecodePng(std::span<const std::byte> data);
 [[nodiscard]] std::optional<TPicture> DecodeJpeg(std::span<const std::byte> data);
 

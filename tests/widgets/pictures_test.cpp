@@ -90,10 +90,10 @@ TEST(Pictures, RefusesDamagedFiles) {
   testing::FolderResources resources;
   const Bytes png = EncodePng(9, 7, PNG_COLOR_TYPE_RGB_ALPHA, 8, PNG_INTERLACE_ADAM7, 0x80);
   const auto jpeg = resources.Find(L"background.jpg");
-  const std::size_t end = png.size() - 12;  // the last chunk is empty, and nobody waits for it
-  for (std::size_t at = 0; at < end; ++at) {
+  for (std::size_t at = 0; at < png.size(); ++at) {
     EXPECT_FALSE(DecodePng(std::span(png).first(at))) << at;
-    Bytes damaged = png;  // checksums cover every byte
+    if (at >= png.size() - 4) continue;  // nobody looks at the checksum of the empty end
+    Bytes damaged = png;                 // all others cover every byte
     damaged[at] ^= std::byte{1} << at % 8;
     EXPECT_FALSE(DecodePng(damaged)) << at;
   }

@@ -42,12 +42,14 @@ class ApprovedNames {
   std::optional<std::unordered_set<std::wstring>> names_;  // trimmed, in lower case
 };
 
-// The default value of a key, empty when it cannot be opened.
-std::wstring DefaultText(TRegistry& registry, std::wstring_view path) {
-  if (!registry.OpenKey(path, false)) return {};
-  std::wstring text = registry.ReadString(L"");
-  registry.CloseKey();
-  return text;
+enum class ClassKey { Open, Missing, Refused };
+
+// Opens the key of a class. Opening is also the test of its existence, so that nearly every class
+// costs one open.
+ClassKey OpenClass(TRegistry& classes, std::wstring_view name) {
+  const std::wstring path = kClassIds + std::wstring(name);
+  if (classes.OpenKey(path, false)) return ClassKey::Open;
+  return classes.KeyExists(path) ? ClassKey::Refused : ClassKey::Missing;
 }
 
 }  // namespace
@@ -61,16 +63,18 @@ void TScanIeBrowser::ScanToolbars(TListView& list) {
   for (const std::wstring& name : toolbars.GetValueNames()) {
     // A toolbar goes by the path of a key that would have its name.
     const RegistryLocation toolbar{RootKey::LocalMachine, kToolbars + name, {}};
-    if (!classes.KeyExists(kClassIds + name)) {
+    const ClassKey found = OpenClass(classes, name);
+    if (found == ClassKey::Missing) {
       const DataType type = toolbars.GetDataType(name);
       if (type != DataType::rdString && type != DataType::rdExpandString) continue;
       std::wstring text = toolbars.ReadString(name);
       if (!text.empty()) AddRow(list, std::move(text), {L""}, L"", toolbar);
       continue;
     }
-    std::wstring className = DefaultText(classes, kClassIds + name);
-    if (className.empty()) continue;
-    const std::wstring module = DefaultText(classes, ModuleKey(name));
+    if (found == ClassKey::Refused) continue;
+    std::wstring className = classes.ReadString(L"");
+    if (className.empty() || !classes.OpenKey(ModuleKey(name), false)) continue;
+    const std::wstring module = classes.ReadString(L"");
     if (module.empty()) continue;
     AddRow(list, std::move(className), {GetModuleFacts(platform_.shell, module).publisher, module},
            module, toolbar);
@@ -89,12 +93,13 @@ void TScanIeBrowser::ScanExplorerBars(TListView& list) {
     bars.OpenKey(kBars + bar, false);
     if (!bars.GetKeyNames().empty() || approved.Contains(bar)) continue;
 
-    if (!classes.KeyExists(kClassIds + bar)) {
+    const ClassKey found = OpenClass(classes, bar);
+    if (found == ClassKey::Missing) {
       if (!bar.empty()) AddRow(list, bar, {L""}, L"", {RootKey::CurrentUser, kBars + bar, {}});
       continue;
     }
+    if (found == ClassKey::Refused) continue;  // it has no name
     // A class that registers no module leaves its own key open, so its name is read once more.
-    classes.OpenKey(kClassIds + bar, false);
     std::wstring className = classes.ReadString(L"");
     classes.OpenKey(ModuleKey(bar), false);
     std::wstring module = classes.ReadString(L"");

@@ -194,6 +194,7 @@ bool TRegistry::OpenWith(std::wstring_view path, RegistryAccess access, bool can
   if (!key) return false;
   key_ = std::move(key);
   keyPath_ = std::move(place->fullPath);
+  answer_.reset();
   return true;
 }
 
@@ -208,6 +209,7 @@ bool TRegistry::OpenKeyReadOnly(std::wstring_view path) {
 void TRegistry::CloseKey() {
   key_.reset();
   keyPath_.clear();
+  answer_.reset();
 }
 
 bool TRegistry::KeyExists(std::wstring_view path) const {
@@ -215,15 +217,19 @@ bool TRegistry::KeyExists(std::wstring_view path) const {
   return place && OpenAt(*place, RegistryAccess::Read) != nullptr;
 }
 
-std::optional<RegistryValue> TRegistry::Query(std::wstring_view name) const {
-  if (!key_ || HasNul(name)) return std::nullopt;
-  return key_->Query(std::wstring(name));
+const std::optional<RegistryValue>& TRegistry::Query(std::wstring_view name) const {
+  if (!answer_ || answer_->name != name) {
+    std::wstring asked(name);
+    auto value = key_ && !HasNul(name) ? key_->Query(asked) : std::nullopt;
+    answer_ = Answer{std::move(asked), std::move(value)};
+  }
+  return answer_->value;
 }
 
 bool TRegistry::ValueExists(std::wstring_view name) const { return Query(name).has_value(); }
 
 DataType TRegistry::GetDataType(std::wstring_view name) const {
-  const auto value = Query(name);
+  const auto& value = Query(name);
   if (!value) return DataType::rdUnknown;
   switch (value->type) {
     case kRegSz:
@@ -238,7 +244,7 @@ DataType TRegistry::GetDataType(std::wstring_view name) const {
 }
 
 std::wstring TRegistry::ReadString(std::wstring_view name) const {
-  const auto value = Query(name);
+  const auto& value = Query(name);
   if (!value) return {};
   if (value->type != kRegSz && value->type != kRegExpandSz) throw WrongType(name);
   std::wstring text = FromUtf16Le(value->data);
@@ -247,7 +253,7 @@ std::wstring TRegistry::ReadString(std::wstring_view name) const {
 }
 
 std::int32_t TRegistry::ReadInteger(std::wstring_view name) const {
-  const auto value = Query(name);
+  const auto& value = Query(name);
   if (!value) {
     throw TRegistryError(messages::kErrorValueMissing, ShownName(name));
   }
@@ -268,15 +274,18 @@ std::vector<std::wstring> TRegistry::GetValueNames() const {
 }
 
 void TRegistry::WriteString(std::wstring_view name, std::wstring_view text) {
+  answer_.reset();
   if (key_ && !HasNul(name) && key_->SetText(std::wstring(name), text)) return;
   throw TRegistryError(messages::kErrorValueWrite, ShownName(name));
 }
 
 bool TRegistry::DeleteValue(std::wstring_view name) {
+  answer_.reset();
   return key_ && !HasNul(name) && key_->RemoveValue(std::wstring(name));
 }
 
 bool TRegistry::DeleteKey(std::wstring_view path) {
+  answer_.reset();
   const auto place = Resolve(path);
   // A relative path that is empty would be the open key itself, which no removal means.
   if (!place || place->path.empty() || IsProtected(root_, place->fullPath)) return false;

@@ -161,13 +161,21 @@ class TRegistry {
   [[nodiscard]] std::unique_ptr<RegistryKey> OpenAt(const Place& place,
                                                     RegistryAccess access) const;
   bool OpenWith(std::wstring_view path, RegistryAccess access, bool canCreate);
-  [[nodiscard]] std::optional<RegistryValue> Query(std::wstring_view name) const;
+  [[nodiscard]] const std::optional<RegistryValue>& Query(std::wstring_view name) const;
+
+  struct Answer {
+    std::wstring name;
+    std::optional<RegistryValue> value;
+  };
 
   RegistryBackend& backend_;
   RootKey root_;
   std::unique_ptr<RegistryKey> rootKey_;
   std::unique_ptr<RegistryKey> key_;
   std::wstring keyPath_;  // of the open key, below the root
+  // The last value of the open key that was asked for. Whether it is there, of which type it is and
+  // what it says is one question to Windows, and has one answer even while another program writes.
+  mutable std::optional<Answer> answer_;
 };
 
 // The text of a value as ReadString gives it; empty also when the value is no text. For the pages

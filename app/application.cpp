@@ -18,18 +18,22 @@ void TApplication::Run(const std::function<void()>& command) {
 
 void TApplication::Report(const std::function<void()>& report) {
   if (terminated_) return;
-  std::wstring text;
   try {
-    report();
-    return;
-  } catch (const TError& error) {
-    text = FormatMessageText(Message(error.Message()), ShortenedName(error.Detail()));
+    std::wstring text;
+    try {
+      report();
+      return;
+    } catch (const TError& error) {
+      text = FormatMessageText(Message(error.Message()), ShortenedName(error.Detail()));
+    } catch (const std::exception&) {
+      // Running out of memory, for one: nothing is known that would help the user further.
+      text = Message(messages::kErrorUnexpected);
+    }
+    const FlagGuard busy(busy_, true);
+    if (!terminated_) boxes_.Show(text, title_, kBoxError);
   } catch (const std::exception&) {
-    // Running out of memory, for one: nothing is known that would help the user further.
-    text = Message(messages::kErrorUnexpected);
+    // Not even that can be told; the program works on.
   }
-  const FlagGuard busy(busy_, true);
-  if (!terminated_) boxes_.Show(text, title_, kBoxError);
 }
 
 void TApplication::Listen(const std::function<void()>& wait) {

@@ -74,7 +74,8 @@ void RunProgram(HINSTANCE instance) {
   unique->SetMainWindow(WindowOf(main));
 
   application.Run([&] { main.Show(); });
-  loop.Run();
+  // An error that kept the window from the screen was shown; nobody could end a hidden program.
+  if (main.Visible()) loop.Run();
 
   // The windows go while everything that they show is still there.
   unique->SetMainWindow(nullptr);

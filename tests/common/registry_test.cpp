@@ -123,12 +123,11 @@ TEST(RegistryTest, LocationsNameExactlyTheKeyOrValueToDelete) {
   tree.Key(classes + L"Wow6432Node\\Interface\\{X}");
   DeleteLocationKey(tree, classes + L"Interface\\{X}");
   DeleteLocationKey(tree, L"hkey_local_machine\\SOFTWARE\\Bar");  // no root: the current user's
-  EXPECT_EQ(tree.Dump(),
-            L"[HKEY_CURRENT_USER]\n  [SOFTWARE]\n[HKEY_LOCAL_MACHINE]\n"
-            L"  [Software]\n    [Classes]\n      [CLSID]\n      [Interface]" +
-                classes +
-                L"Wow6432Node\\Interface\n      [Wow6432Node]\n        [Interface]\n"
-                L"[HKEY_USERS]\n");
+  MemoryRegistry left;
+  left.Key(L"HKEY_CURRENT_USER\\SOFTWARE").Key(classes + L"CLSID");
+  left.Link(classes + L"Interface", classes + L"Wow6432Node\\Interface");
+  left.Key(classes + L"Wow6432Node\\Interface");
+  EXPECT_EQ(tree.Dump(), left.Dump());
 
   const std::wstring key = L"HKEY_CURRENT_USER\\K";
   tree.Text(key, L"", L"d").Text(key, L"a|b", L"v").Text(key, L"keep", L"v");

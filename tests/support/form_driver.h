@@ -17,15 +17,24 @@ namespace tarvelin::testing {
 
 class FormDriver {
  public:
+  FormDriver() : own_(std::make_unique<TestPlatform>()), world(*own_), platform(own_->platform) {}
+  // The windows are given a platform of the caller's, which stands before that world.
+  FormDriver(TestPlatform& behind, TPlatform& given) : world(behind), platform(given) {}
+
   // Creates and shows the windows; the system behind them is arranged before.
   void Start() {
-    form = std::make_unique<TFormMain>(world.platform, application, L"C:\\Program\\");
-    change = std::make_unique<TFormChange>(world.platform, form->lvHijack(),
+    form = std::make_unique<TFormMain>(platform, application, L"C:\\Program\\");
+    change = std::make_unique<TFormChange>(platform, form->lvHijack(),
                                            [this] { form->TranslateWindows(); });
     form->SetFormChange(*change);
     application.AddForm(*form);
     application.AddForm(*change);
-    form->Show();
+    application.Run([this] { form->Show(); });
+  }
+  // Takes the windows away.
+  void Stop() {
+    change.reset();
+    form.reset();
   }
 
   template <typename T>
@@ -50,8 +59,13 @@ class FormDriver {
     throw std::runtime_error("no item " + ToUtf8(caption));
   }
 
-  TestPlatform world;
-  TApplication application{world.boxes, L"Tarvelin"};
+ private:
+  std::unique_ptr<TestPlatform> own_;
+
+ public:
+  TestPlatform& world;
+  TPlatform& platform;
+  TApplication application{platform.boxes, L"Tarvelin"};
   std::unique_ptr<TFormMain> form;
   std::unique_ptr<TFormChange> change;
 };

@@ -213,21 +213,18 @@ class MemoryKey : public RegistryKey {
 
 namespace {
 
-void DumpNode(const MemoryRegistry::Node& node, int depth, std::wstring& out) {
-  const std::wstring indent(static_cast<std::size_t>(depth) * 2, L' ');
+void DumpNode(const MemoryRegistry::Node& node, const std::wstring& path,
+              std::set<std::wstring>& facts) {
   for (const auto& [name, value] : node.values) {
-    out += indent + L"\"" + name + L"\" " + std::to_wstring(value.type) + L" ";
-    if (value.type == kRegSz || value.type == kRegExpandSz) {
-      out += FromUtf16Le(value.data);
-    } else {
-      for (const std::byte byte : value.data)
-        out += std::to_wstring(std::to_integer<int>(byte)) + L",";
-    }
-    out += L"\n";
+    std::wstring data = FromUtf16Le(value.data);
+    if (value.data.size() % 2 != 0) data += static_cast<wchar_t>(value.data.back());
+    facts.insert(MemoryRegistry::ValueFact(path, name) + std::to_wstring(value.type) + L" " + data);
   }
   for (const auto& [name, child] : node.keys) {
-    out += indent + L"[" + name + L"]" + child->linkTarget + L"\n";
-    DumpNode(*child, depth + 1, out);
+    const std::wstring below = path.empty() ? name : path + L"\\" + name;
+    facts.insert(below + L"\\");
+    if (!child->linkTarget.empty()) facts.insert(below + L"\\\\" + child->linkTarget);
+    DumpNode(*child, below, facts);
   }
 }
 
@@ -352,10 +349,16 @@ std::optional<std::wstring> MemoryRegistry::TextOf(std::wstring_view path,
   return text.substr(0, text.find(L'\0'));
 }
 
-std::wstring MemoryRegistry::Dump() const {
-  std::wstring out;
-  DumpNode(*top_, 0, out);
-  return out;
+std::set<std::wstring> MemoryRegistry::Dump() const {
+  std::set<std::wstring> facts;
+  DumpNode(*top_, {}, facts);
+  return facts;
+}
+
+// No key has an empty name, so no path has two backslashes; a value's name may hold anything.
+std::wstring MemoryRegistry::ValueFact(std::wstring_view path, std::wstring_view name) {
+  return std::wstring(path) + L"\\\\" + std::to_wstring(name.size()) + L":" + std::wstring(name) +
+         L" ";
 }
 
 std::unique_ptr<RegistryKey> MemoryRegistry::Root(RootKey root) {

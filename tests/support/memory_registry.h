@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -61,8 +62,11 @@ class MemoryRegistry : public RegistryBackend {
   [[nodiscard]] bool Has(std::wstring_view path) const;
   [[nodiscard]] std::optional<std::wstring> TextOf(std::wstring_view path,
                                                    std::wstring_view name) const;
-  // The whole tree, a line for each key and value, indented by depth; equal dumps mean equal trees.
-  [[nodiscard]] std::wstring Dump() const;
+  // The whole tree, a text for each key, its path and a backslash, and for each value; equal dumps
+  // mean equal trees.
+  [[nodiscard]] std::set<std::wstring> Dump() const;
+  // How the text of a value begins, before its type and its data.
+  [[nodiscard]] static std::wstring ValueFact(std::wstring_view path, std::wstring_view name);
 
   // Runs before each Open or Create with the full path asked for, so that a test can change the
   // tree in the middle of a scan.

@@ -22,6 +22,11 @@ void Location(Data data);     // of a key or value in the registry
 void Removal(Data data);      // what a removal is told
 void Png(Data data);
 void Jpeg(Data data);
-void Registry(Data data);  // a whole registry, through every page and every removal
+void Registry(Data data);  // a whole registry, and what a user does with it
+
+// The same with bytes that a seed gives. Returns how many commands changed something.
+int RegistryOfSeed(unsigned seed);
+// Everything that a user does, with every platform call failing in every way.
+void FailEveryCall();
 
 }  // namespace tarvelin::fuzz

@@ -2,8 +2,12 @@
 // other compiler it replays files, so that what was found once is never found again:
 //   fuzz_targets TARGET=FOLDER...     runs a target over every file of a folder
 //   fuzz_targets FOLDER               the same for every target over its own folder in that one
+//   fuzz_targets --seeds FIRST COUNT  the target "registry" with bytes of that many seeds
+//   fuzz_targets --faults             everything with every platform call failing in every way
 #include <algorithm>
+#include <csignal>
 #include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -80,9 +84,28 @@ int Replay(const Target& target, const std::filesystem::path& folder) {
   return static_cast<int>(files.size());
 }
 
+void RunSeeds(unsigned first, unsigned count) {
+  std::cout << "seeds from " << first << '\n' << std::flush;
+  static unsigned seed;
+  std::signal(SIGABRT, [](int) {
+    std::fprintf(stderr, "found by --seeds %u 1\n", seed);
+    std::signal(SIGABRT, SIG_DFL);
+  });
+  int changes = 0;
+  for (seed = first; seed - first < count; ++seed) changes += tarvelin::fuzz::RegistryOfSeed(seed);
+  std::cout << count << " sequences, in which " << changes << " commands changed something\n";
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
+  const std::string_view option = count > 1 ? arguments[1] : "";
+  if (option == "--faults") return tarvelin::fuzz::FailEveryCall(), 0;
+  if (option == "--seeds" && count == 4) {
+    return RunSeeds(static_cast<unsigned>(std::stoul(arguments[2])),
+                    static_cast<unsigned>(std::stoul(arguments[3]))),
+           0;
+  }
   int files = 0;
   bool complete = count > 1;
   for (const std::string_view argument :

@@ -1,19 +1,22 @@
-// Whole registries, built by a script of bytes: every page is visited, and every row is removed.
-#include <array>
+// Whole registries and what a user does with them, both told by a script of bytes; and a crowded
+// registry with whose pages everything is done while one platform call after another fails.
+#include <iostream>
+#include <random>
 #include <string>
 
 #include "fuzz/fuzz.h"
-#include "tests/support/form_driver.h"
+#include "fuzz/session.h"
 
 namespace tarvelin::fuzz {
 namespace {
 
-using testing::FormDriver;
 using testing::kPages;
 using testing::MemoryRegistry;
 using testing::Rights;
 
 constexpr const wchar_t* kBystander = L"HKEY_LOCAL_MACHINE\\Software\\Bystander";
+constexpr int kPageCount = static_cast<int>(std::size(kPages));
+constexpr int kSettingsPage = kPageCount - 1;
 
 // Where the pages read.
 constexpr const wchar_t* kPlaces[] = {
@@ -40,7 +43,7 @@ constexpr const wchar_t* kPlaces[] = {
 
 constexpr const wchar_t* kKeyNames[] = {
     L"{B}",     L"{C}",         L".x",   L"type", L"ShellNew", L"InprocServer32", L"iexplore",
-    L"Command", L"DefaultIcon", L"Open", L"*",    L".lnk",     L"Child",          L"CLSID",
+    L"Command", L"DefaultIcon", L"Open", L"*",    L".lnk",     L"Child",          L"{B} ",
 };
 constexpr const wchar_t* kValueNames[] = {
     L"", L"Type", L"MenuText", L"ButtonText", L"Exec", L"NullFile", L"{B}", L"{C}", L"Start Page",
@@ -51,7 +54,7 @@ constexpr const wchar_t* kTexts[] = {
 
 class Script {
  public:
-  explicit Script(Data data) : rest_(data) {}
+  explicit Script(Data data) : rest_(data), plain(Byte() % 2 == 0) {}
   [[nodiscard]] bool Done() const { return rest_.empty(); }
 
   unsigned Byte() {
@@ -61,7 +64,8 @@ class Script {
     return byte;
   }
   Bytes Some() {
-    const std::size_t count = std::min<std::size_t>(Byte() % 40, rest_.size());
+    const std::size_t wanted = Byte() % 40;
+    const std::size_t count = std::min(wanted, rest_.size());
     Bytes bytes(rest_.begin(), rest_.begin() + static_cast<std::ptrdiff_t>(count));
     rest_ = rest_.subspan(count);
     return bytes;
@@ -70,7 +74,9 @@ class Script {
   template <std::size_t count>
   std::wstring Word(const wchar_t* const (&table)[count]) {
     const unsigned choice = Byte();
-    return choice % 8 == 7 ? FromUtf16Le(Some()) : table[choice % count];
+    std::wstring word = choice % 8 == 7 ? FromUtf16Le(Some()) : table[choice % count];
+    if (plain) std::erase(word, L'\0');
+    return word;
   }
   // A child of one of the places, up to three keys deep.
   std::wstring Path() {
@@ -85,6 +91,10 @@ class Script {
 
  private:
   Data rest_;
+
+ public:
+  // Nothing is denied, no key is a link and no name holds a NUL.
+  const bool plain;
 };
 
 void Step(Script& script, MemoryRegistry& registry) {
@@ -113,54 +123,177 @@ void Step(Script& script, MemoryRegistry& registry) {
     case 6: {
       std::wstring name = FromUtf16Le(script.Some());
       std::erase(name, L'\\');
-      if (!name.empty()) registry.Child(path, std::move(name));
+      if (!name.empty() && !script.plain) registry.Child(path, std::move(name));
       break;
     }
     case 7:
       // Links stand below the places, never in their stead.
+      if (script.plain) break;
       registry.Link(path + L"\\Linked", script.Byte() % 2 ? kBystander : script.Path());
       break;
     default:
-      registry.Restrict(path, static_cast<Rights>(script.Byte() % 5));
+      if (!script.plain) registry.Restrict(path, static_cast<Rights>(script.Byte() % 5));
       break;
   }
 }
 
-}  // namespace
+// Most of what a user does is done on the page that is shown.
+Command NextCommand(Script& script, int& page) {
+  using enum Command::Kind;
+  constexpr Command::Kind kKinds[] = {Visit,  Visit,   Visit,  Select, Select, Select,
+                                      Select, Remove,  Remove, Remove, Remove, Show,
+                                      Modify, Restore, Check,  Check};
+  const unsigned kind = script.Byte();
+  const unsigned rest = script.Byte();
+  Command command{kKinds[kind % 16], page};
+  if (command.kind == Visit) command.page = page = static_cast<int>(rest % kPageCount);
+  if (kind == 0x70) command.kind = Close;
+  if (kind == 0x80) command.kind = Fold;
+  command.row = static_cast<int>(rest % 8) - 1;
+  command.agree = rest / 8 % 4 != 0;
+  command.how = static_cast<int>(rest / 32 % 3);
+  return command;
+}
 
-void Registry(Data data) {
-  FormDriver driver;
-  MemoryRegistry& registry = driver.world.registry;
-  driver.world.resources.none = true;
-  for (const wchar_t* file : {L"C:\\b.dll", L"C:\\icon.ico", L"C:\\b.exe"})
-    driver.world.files.Add(file);
-  for (const wchar_t* place : kPlaces) registry.Key(place);
-  registry.Text(std::wstring(kBystander) + L"\\Precious", L"", L"kept");
-  Script script(data);
-  for (int steps = 0; steps < 60 && !script.Done(); ++steps) Step(script, registry);
+// A few entries for each page.
+void Crowd(Session& session) {
+  MemoryRegistry& registry = session.driver.world.registry;
+  const std::wstring machine = L"HKEY_LOCAL_MACHINE\\Software\\";
+  const std::wstring user = L"HKEY_CURRENT_USER\\Software\\";
+  const std::wstring classes = machine + L"Classes\\";
+  const std::wstring browser = L"Microsoft\\Internet Explorer\\";
+  registry.Text(classes + L"*\\shell\\Verb\\Command", L"", L"C:\\b.exe /x");
+  registry.Text(classes + L"*\\shellex\\ContextMenuHandlers\\H", L"", L"{H}");
+  registry.Text(user + L"Classes\\*\\shellex\\ContextMenuHandlers\\H", L"", L"{U}");
+  registry.Text(classes + L"Directory\\shell\\D", L"", L"D");
+  registry.Text(classes + L"Directory\\shell\\D\\command", L"", L"C:\\b.exe");
+  for (const wchar_t* extension : {L".x", L".y"}) {
+    registry.Text(classes + extension, L"", L"type");
+    registry.Text(classes + extension + L"\\ShellNew", L"NullFile", L"");
+  }
+  registry.Text(classes + L"type", L"", L"A type")
+      .Text(classes + L"type\\DefaultIcon", L"", L"C:\\icon.ico,-12");
+  registry.Text(user + browser + L"MenuExt\\Entry", L"", L"C:\\b.htm");
+  for (const wchar_t* name : {L"{B}", L"{C}"}) {
+    registry.Text(classes + L"CLSID\\" + name, L"", L"Class");
+    registry.Text(classes + L"CLSID\\" + name + L"\\InprocServer32", L"", L"C:\\b.dll");
+    registry.Integer(
+        user + L"Microsoft\\Windows\\CurrentVersion\\Ext\\Stats\\" + name + L"\\iexplore", L"Type",
+        3);
+  }
+  registry.Key(user + browser + L"Explorer Bars\\{B}")
+      .Text(machine + browser + L"Toolbar", L"{C}", L"");
+  registry.Text(machine + browser + L"Extensions\\{E}", L"MenuText", L"Button");
+  registry.Key(machine + L"Microsoft\\Code Store Database\\Distribution Units\\{C}");
+  registry.Text(machine + browser + L"Main", L"Start Page", L"http://hijacked.example/");
+}
 
-  auto& answers = driver.world.boxes.answers;
-  const auto agree = [&] { answers.assign(4, kAnswerYes); };
-  agree();
-  driver.Start();
-  for (const auto& page : kPages) {
-    agree();
-    driver.Visit(page.item);
-    TListView& list = driver.List(page.list);
-    const int rows = list.Count();
-    for (int row = 0; page.remove && row < rows && list.Count() > 0; ++row) {
-      list.SetSelectedIndex(0);
-      agree();
-      driver.Press(page.remove);
-      Require(list.Count() == rows - row - 1);
+void AddFiles(Session& session) {
+  testing::FakeFiles& files = session.driver.world.files;
+  for (const wchar_t* file :
+       {L"C:\\b.dll", L"C:\\icon.ico", L"C:\\b.exe", L"C:\\SendTo\\a.lnk", L"C:\\SendTo\\c.lnk"}) {
+    files.Add(file);
+  }
+  files.Add(L"C:\\Program\\Toolbox_Language\\English.lng",
+            "[Tarvelin_FormMain]\nbtnClose.Caption=C\n");
+  files.entries[L"C:\\Program\\Toolbox_Language\\*.lng"] = {L"English.lng"};
+  files.entries[L"C:\\SendTo\\*.*"] = {L".", L"a.lnk", L"c.lnk"};
+  session.driver.world.registry.Text(
+      L"HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders",
+      L"SendTo", L"C:\\SendTo");
+  session.driver.world.shell.AddVersion(L"C:\\b.dll", {{L"CompanyName", L"Maker"}});
+}
+
+// Lets each call of a command fail in each way, after what stands before it was done. Returns how
+// many failures the window survived.
+int FailEachCall(const std::vector<Command>& before, const Command& command) {
+  int survived = 0;
+  for (const bool onwards : {false, true}) {
+    for (const Way way : kWays) {
+      if (onwards && way != Way::Refused && way != Way::OutOfMemory) continue;
+      for (int call = 0;; ++call) {
+        Session session(true);
+        Crowd(session);
+        AddFiles(session);
+        for (const Command& step : before) session.Perform(step);
+        session.faults.Arm(call, way, onwards);
+        session.Do(command);
+        if (!session.faults.Disarm()) break;
+        session.Tour(&Session::Perform);
+        session.Finish();
+        ++survived;
+      }
     }
   }
-  agree();
-  driver.Find<TCheckBox>(L"chkBoxAll").SetChecked(true);
-  driver.Press(L"Button_Restore");
+  return survived;
+}
 
+// Returns how many commands changed something.
+int PlayScript(Data data) {
+  Script script(data);
+  Session session(script.plain);
+  MemoryRegistry& registry = session.driver.world.registry;
+  for (const wchar_t* place : kPlaces) registry.Key(place);
+  registry.Text(std::wstring(kBystander) + L"\\Precious", L"", L"kept");
+  AddFiles(session);
+  const unsigned steps = script.Byte();
+  if (steps >= 64) Crowd(session);
+  for (unsigned step = 0; step < steps % 64 && !script.Done(); ++step) Step(script, registry);
+
+  int page = 0;
+  int depth = 0;
+  session.meanwhile = [&] {
+    if (depth == 2 || script.Done() || script.Byte() % 4 != 0) return;
+    ++depth;
+    session.Do(NextCommand(script, page));
+    --depth;
+  };
+  session.Do({Command::Kind::Start});
+  for (int commands = 0; commands < 60 && !script.Done(); ++commands) {
+    session.Do(NextCommand(script, page));
+  }
+  session.meanwhile = nullptr;
+  session.Tour(&Session::Do);
+  session.Finish();
   for (const wchar_t* place : kPlaces) Require(registry.Has(place));
   Require(registry.TextOf(std::wstring(kBystander) + L"\\Precious", L"") == L"kept");
+  return session.Changes();
+}
+
+}  // namespace
+
+void Registry(Data data) { (void)PlayScript(data); }
+
+int RegistryOfSeed(unsigned seed) {
+  std::mt19937 random(seed);
+  std::vector<std::byte> bytes(100 + random() % 900);
+  for (std::byte& byte : bytes) byte = static_cast<std::byte>(random() & 0xFF);
+  return PlayScript(bytes);
+}
+
+void FailEveryCall() {
+  using enum Command::Kind;
+  const Command start{Start};
+  int survived = FailEachCall({}, start);
+  std::cout << survived << " failures at the start\n";
+  for (int page = 0; page < kPageCount; ++page) {
+    const Command visit{Visit, page};
+    const Command select{Select, page, 0};
+    int ofPage = FailEachCall({start}, visit) + FailEachCall({start, visit}, select);
+    if (page == kSettingsPage) {
+      const Command check{Check, page, -1};
+      ofPage += FailEachCall({start, visit}, check);
+      ofPage += FailEachCall({start, visit, check}, {Restore, page});
+      ofPage += FailEachCall({start, visit, select}, {Modify, page});
+    } else {
+      ofPage += FailEachCall({start, visit, select}, {Remove, page});
+    }
+    ofPage += FailEachCall({start, visit, select}, {Show, page});
+    std::cout << ofPage << " failures on the page " << ToUtf8(kPages[page].item) << '\n'
+              << std::flush;
+    survived += ofPage;
+  }
+  std::cout << survived << " failures survived\n";
 }
 
 }  // namespace tarvelin::fuzz

@@ -151,6 +151,8 @@ void TFormMain::FillPages() {
              {0, 363, 565, 1}, L"line-soft.png")
         .anchor = Anchor::Bottom;
   }
+  // The one that is shown first, so that no other is shown for a moment.
+  PageNote1.SetTabIndex(0);
 }
 
 void TFormMain::FillBottom() {

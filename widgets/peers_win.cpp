@@ -26,8 +26,13 @@ void AttachChildren(const TControl& parent, const Site& site) {
         break;
       }
     }
-    if (auto* inner = dynamic_cast<ContainerWindow*>(control->Peer())) {
-      AttachChildren(*control, {site.context, site.form, inner});
+    auto* inner = dynamic_cast<ContainerWindow*>(control->Peer());
+    if (!inner) continue;
+    const Site within{site.context, site.form, inner};
+    if (control->Visible()) {
+      AttachChildren(*control, within);
+    } else {
+      inner->FillWhenShown([control, within] { AttachChildren(*control, within); });
     }
   }
 }

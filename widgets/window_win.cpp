@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <utility>
+
 #include "common/text.h"
 
 namespace tarvelin {
@@ -245,6 +247,7 @@ LRESULT ContainerWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void ContainerWindow::Apply(Change change) {
+  if (change == Change::Visible && control_.Visible() && fill_) std::exchange(fill_, nullptr)();
   Window::Apply(change);
   // Children show the colour too.
   if (change == Change::Color && Handle()) {

@@ -106,6 +106,9 @@ class ContainerWindow : public Window {
  public:
   // Something painted here changed.
   virtual void GraphicChanged() { Invalidate(); }
+  // What creates the controls in a window that is hidden so far, once it is shown: most pages are
+  // never visited.
+  void FillWhenShown(std::function<void()> fill) { fill_ = std::move(fill); }
 
  protected:
   using Window::Window;
@@ -115,6 +118,8 @@ class ContainerWindow : public Window {
  private:
   void PaintGround(HDC dc, const RECT& area);
   void PaintText(HDC dc);
+
+  std::function<void()> fill_;
 };
 
 // A control without a window of its own.

@@ -202,7 +202,7 @@ void Session::ExpectWriting(const TIESec& setting, std::wstring_view text, Accou
   const auto bar = setting.RegLocation.find(L'|');
   const std::wstring key = setting.RegLocation.substr(0, bar);
   account.created.push_back(key);
-  account.written.emplace_back(ValueFact(key, setting.RegLocation.substr(bar + 1)), text);
+  account.written[ValueFact(key, setting.RegLocation.substr(bar + 1))] = text;
 }
 
 // ---- Doing it ----
@@ -224,7 +224,7 @@ void Session::Do(const Command& command) {
     Append(outer->modules, account.modules);
     Append(outer->mayCreate, account.created);
     Append(outer->mayCreate, account.mayCreate);
-    Append(outer->written, account.written);
+    for (const auto& [begin, text] : account.written) outer->written[begin] = text;
     outer->exact = outer->exact && account.exact;
   } else if (Open()) {
     CheckWindow();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -76,13 +77,13 @@ class Session {
  private:
   // Paths of keys are in full, below HKEY_CLASSES_ROOT for both hives of classes.
   struct Account {
-    std::vector<std::wstring> trees;      // keys that go with everything in them
-    std::vector<std::wstring> values;     // the beginnings of the facts of values that go
-    std::vector<std::wstring> files;      // that go
-    std::vector<std::wstring> modules;    // whose own code runs
-    std::vector<std::wstring> created;    // keys that come, with their missing parents
-    std::vector<std::wstring> mayCreate;  // the same, where the scan reaches them
-    std::vector<std::pair<std::wstring, std::wstring>> written;  // facts begin so; texts
+    std::vector<std::wstring> trees;               // keys that go with everything in them
+    std::vector<std::wstring> values;              // the beginnings of the facts of values that go
+    std::vector<std::wstring> files;               // that go
+    std::vector<std::wstring> modules;             // whose own code runs
+    std::vector<std::wstring> created;             // keys that come, with their missing parents
+    std::vector<std::wstring> mayCreate;           // the same, where the scan reaches them
+    std::map<std::wstring, std::wstring> written;  // the beginnings of facts, and their texts
     bool exact = true;
   };
 

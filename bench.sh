@@ -4,10 +4,15 @@
 # natively; and the size of the executables. Prints tables of medians and leaves them in
 # build/bench/, with a plot for each scan. Limits are judged on an idle machine only, and whatever
 # they say, this does not fail.
-# Usage: bench.sh [MOST]     up to that many entries of a scan, 50000 when it is not told
+# Usage: bench.sh [MOST [PART...]]
+#   MOST   up to that many entries of a scan, 50000 when it is not told
+#   PART   start, work or a scan, all of them when none is named
 set -euo pipefail
 cd "$(dirname "$0")"
 most=${1-50000}
+scans=(shell new sendto menus bars toolbars buttons helpers activex settings)
+parts=("${@:2}")
+[ ${#parts[@]} -gt 0 ] || parts=(start work "${scans[@]}")
 out=build/bench
 build=build/mingw-x64
 
@@ -62,11 +67,15 @@ windows_path() {
   printf 'Z:%s' "${path//\//\\}"
 }
 module=$(windows_path "$build/sample/dunmorrel.dll")
-measure desktop system seed-start start "$(windows_path "$build/Tarvelin.exe")" \
-  "$(windows_path "$build/bench/bare_win.exe")"
-measure desktop user "seed work 10000" work
-for scan in shell new sendto menus bars toolbars buttons helpers activex settings; do
-  measure desktop user "seed $scan $most" scan "$scan" "$most" "$module"
+for part in "${parts[@]}"; do
+  case $part in
+    start)
+      measure desktop system seed-start start "$(windows_path "$build/Tarvelin.exe")" \
+        "$(windows_path "$build/bench/bare_win.exe")"
+      ;;
+    work) measure desktop user "seed work 10000" work ;;
+    *) measure desktop user "seed $part $most" scan "$part" "$most" "$module" ;;
+  esac
 done
 build/bench-native/bench/portable_bench --benchmark_format=json >"$out/portable.json"
 

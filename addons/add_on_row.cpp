@@ -16,7 +16,7 @@ std::wstring ModuleName(const ModuleFacts& facts, const std::wstring& className)
 
 void AddRow(TListView& list, std::wstring caption, std::vector<std::wstring> subItems,
             std::wstring filePath, const RegistryLocation& location) {
-  auto record = std::make_unique<TIESec>();
+  auto record = std::make_shared<TIESec>();
   record->FilePath = std::move(filePath);
   record->RegLocation = location.Text();
   TListItem row;

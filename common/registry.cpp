@@ -309,12 +309,15 @@ std::wstring TextOrEmpty(const TRegistry& registry, std::wstring_view name) {
 }
 
 std::wstring RegistryLocation::Text() const {
-  std::wstring text;
-  for (const auto& [name, named] : kRootNames) {
-    if (named == root) text = name;
+  std::wstring_view name;
+  for (const auto& [rootName, named] : kRootNames) {
+    if (named == root) name = rootName;
   }
-  text += path;
-  if (value) text += L'|' + *value;
+  // Every row keeps one, so it takes no more room than it needs.
+  std::wstring text;
+  text.reserve(name.size() + path.size() + (value ? value->size() + 1 : 0));
+  text.append(name).append(path);
+  if (value) text.append(L"|").append(*value);
   return text;
 }
 

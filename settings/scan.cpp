@@ -35,7 +35,7 @@ void ScanSettings(RegistryBackend& registry, const MessageLookup& messages, TLis
     TListItem row;
     row.caption = DisplayName(setting, messages);
     row.subItems.push_back(access.ReadString(setting.valueName));
-    auto record = std::make_unique<TIESec>();
+    auto record = std::make_shared<TIESec>();
     record->RegLocation = RegistryLocation{setting.root, std::wstring(setting.keyPath),
                                            std::wstring(setting.valueName)}
                               .Text();

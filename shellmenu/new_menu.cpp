@@ -50,7 +50,7 @@ void ScanNewMenu(TPlatform& platform, TListView& list, TImageList& images) {
     row.caption = GetTypeDescription(platform.registry, programId);
     if (row.caption.empty()) continue;
     row.imageIndex = icons.GetExtensionIcon(extension, defaultValue);
-    auto record = std::make_unique<TNew>();
+    auto record = std::make_shared<TNew>();
     record->KeyPath = std::move(keyPath);
     row.data = std::move(record);
     row.checked = true;  // not seen: the page has no check boxes

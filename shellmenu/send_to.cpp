@@ -36,7 +36,7 @@ int ScanFolderToList(TPlatform& platform, TListView& list, TImageList& images,
     platform.display.ProcessMessages();
     if (name == L"." || name == L"..") continue;
 
-    auto record = std::make_unique<TSendTo>();
+    auto record = std::make_shared<TSendTo>();
     record->FilePath = prefix + name;
     TListItem row;
     row.caption = ReplaceAll(name, ExtractFileExt(name), L"");

@@ -122,7 +122,7 @@ void ScanShellExtensions(TPlatform& platform, const MessageLookup& messages, TLi
       auto entry = ReadEntry(registry, category.kind, name, keyPath);
       if (!entry || IsHidden(category.filter, name, entry->target)) continue;
 
-      auto record = std::make_unique<TShellExtension>();
+      auto record = std::make_shared<TShellExtension>();
       record->Target = std::move(entry->target);
       record->KeyPath = std::move(entry->keyPath);
       TListItem row;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -332,7 +333,7 @@ class TListView : public TControl {
   [[nodiscard]] ListViewPeer& ListPeer() const;
 
   std::vector<TListColumn> columns_;
-  std::vector<TListItem> items_;
+  std::deque<TListItem> items_;  // grows without room to spare and without moving
   std::wstring emptyText_;
   int selected_ = -1;
   bool checkBoxes_ = false;

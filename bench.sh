@@ -6,13 +6,14 @@
 # they say, this does not fail.
 # Usage: bench.sh [MOST [PART...]]
 #   MOST   up to that many entries of a scan, 50000 when it is not told
-#   PART   start, work or a scan, all of them when none is named
+#   PART   start, work or a scan, all of them when none is named; the report shows the last
+#          measurement of every part, and the load at its beginning
 set -euo pipefail
 cd "$(dirname "$0")"
 most=${1-50000}
-scans=(shell new sendto menus bars toolbars buttons helpers activex settings)
 parts=("${@:2}")
-[ ${#parts[@]} -gt 0 ] || parts=(start work "${scans[@]}")
+[ ${#parts[@]} -gt 0 ] ||
+  parts=(start work shell new sendto menus bars toolbars buttons helpers activex settings)
 out=build/bench
 build=build/mingw-x64
 
@@ -43,9 +44,8 @@ export DISPLAY=:$number
 load() { cut -d' ' -f1 /proc/loadavg; }
 before=$(load)
 echo "== Measuring (load $before)"
-: >"$out/pairs.tsv"
 
-# measure DISPLAY HIVE SEED ARGUMENT...: runs bench_win in a system of its own. Its registry is
+# measure DISPLAY HIVE SEED ARGUMENT...: measures $part by running bench_win in a system of its own. Its registry is
 # written into a hive while the system is at rest: through the registry's own calls it would take
 # longer than the measurement.
 measure() {
@@ -53,11 +53,13 @@ measure() {
   tools/wine-prefix.sh new "$prefix" "$1"
   # shellcheck disable=SC2086  # several words
   bench/bench.py $3 >>"$prefix/$2.reg"
+  printf 'load\t%s\n' "$before" >"$out/$part.tsv.part"
   (
     eval "$(tools/wine-prefix.sh env "$prefix")"
     wine cmd /c exit  # the first program starts the desktop
     timeout --kill-after=5 3000 wine "$build/bench/bench_win.exe" "${@:4}"
-  ) | sed -u 's/\r$//' | tee -a "$out/pairs.tsv" | cut -f1-3 | uniq
+  ) | sed -u 's/\r$//' | tee -a "$out/$part.tsv.part" | cut -f1-3 | uniq
+  mv "$out/$part.tsv.part" "$out/$part.tsv"
   tools/wine-prefix.sh remove "$prefix"
   prefix=
 }
@@ -80,5 +82,4 @@ done
 build/bench-native/bench/portable_bench --benchmark_format=json >"$out/portable.json"
 
 echo
-bench/bench.py report "$before,$(load)" "$out/pairs.tsv" "$out/portable.json" \
-  "$build/Tarvelin.exe,build/mingw-x86/Tarvelin.exe" "$out"
+bench/bench.py report "$out" "$build/Tarvelin.exe" build/mingw-x86/Tarvelin.exe

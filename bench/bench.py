@@ -3,8 +3,8 @@
 
 bench.py seed SCAN MOST                  writes its crowded registries, as a part of user.reg
 bench.py seed-start                      writes what the first page shows, as a part of system.reg
-bench.py report LOADS PAIRS PORTABLE SIZES FOLDER
-                                         prints the tables, saves them and the plots in FOLDER
+bench.py report FOLDER PROGRAM...        prints the tables of what was measured into FOLDER,
+                                         and saves them and the plots there
 """
 import json
 import math
@@ -14,6 +14,8 @@ import sys
 
 CLASS = "{%08d-0000-4000-8000-000000000000}"
 SIZES = (100, 1000, 10000, 50000)
+PARTS = ("start", "work", "shell", "new", "sendto", "menus", "bars", "toolbars", "buttons",
+         "helpers", "activex", "settings")
 COSTLY = ("bars", "toolbars", "helpers", "activex")  # stop at 10,000 entries
 IE = r"Software\Microsoft\Internet Explorer"
 
@@ -131,15 +133,16 @@ def exponent(points):
 
 
 def read_pairs(path):
-    """{(group, item, size): ([floors], [programs])} in the order of the file."""
+    """{(group, item, size): ([floors], [programs])} in the order of the file, and the load."""
     figures = {}
     with open(path, encoding="utf-8") as file:
+        load = float(file.readline().split("\t")[1])
         for line in file:
             group, item, size, floor, program = line.rstrip("\n").split("\t")
             floors, programs = figures.setdefault((group, item, int(size)), ([], []))
             floors.append(float(floor))
             programs.append(float(program))
-    return figures
+    return figures, load
 
 
 def verdict(value, limit, idle):
@@ -156,7 +159,8 @@ def table(figures, idle):
     for (group, item, size), (floors, programs) in figures.items():
         (low, floor, high), (own_low, own, own_high) = spread(floors), spread(programs)
         if group == "bytes of a row":
-            result, limit = own - floor, ROW_LIMIT
+            # Of few rows most is what is needed once.
+            result, limit = own - floor, ROW_LIMIT if size >= 1000 else None
             ratio = f"+{result:.0f}"
         else:
             result, limit = own / floor, LIMITS.get(group)
@@ -236,18 +240,24 @@ def plot(item, series):
     yield "</svg>"
 
 
-def report(loads, pairs, portable_json, sizes, folder):
-    idle = max(float(load) for load in loads.split(",")[:1]) <= IDLE
-    figures = read_pairs(pairs)
-    lines = [f"Load of the last minute before and after: {loads.replace(',', ', ')}."]
+def report(folder, programs):
+    figures, loads = {}, {}
+    for part in PARTS:
+        path = os.path.join(folder, part + ".tsv")
+        if os.path.exists(path):
+            of_part, loads[part] = read_pairs(path)
+            figures.update(of_part)
+    idle = all(load <= IDLE for load in loads.values())
+    lines = ["Load of the last minute before: " +
+             ", ".join(f"{part} {load}" for part, load in loads.items()) + "."]
     if not idle:
         lines.append("The machine was not idle: no limit is judged, and the figures tell little.")
     lines += ["", "Milliseconds, or bytes where the group says so", *table(figures, idle)]
     lines += ["", "Growth exponents, from the smallest to the largest size", *growth(figures, idle)]
-    lines += ["", "Portable logic", *portable(portable_json)]
+    lines += ["", "Portable logic", *portable(os.path.join(folder, "portable.json"))]
     lines += ["", "Size in bytes"]
     lines += [f"{path:40}{os.path.getsize(path):>10,}  "
-              f"{verdict(os.path.getsize(path), SIZE_LIMIT, True)}" for path in sizes.split(",")]
+              f"{verdict(os.path.getsize(path), SIZE_LIMIT, True)}" for path in programs]
     text = "\n".join(lines) + "\n"
     sys.stdout.write(text)
     with open(os.path.join(folder, "report.txt"), "w", encoding="utf-8") as file:
@@ -267,7 +277,7 @@ if __name__ == "__main__":
         seed(arguments[0], int(arguments[1]))
     elif command == "seed-start":
         seed_start()
-    elif command == "report" and len(arguments) == 5:
-        report(*arguments)
+    elif command == "report" and len(arguments) > 1:
+        report(arguments[0], arguments[1:])
     else:
         sys.exit(__doc__)

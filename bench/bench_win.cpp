@@ -252,9 +252,9 @@ void MeasureScan(Program& program, const Scan& scan, int size) {
   const SeededSystem seeded(name, size);
   const int rows = size;
   const int passed = name == L"settings" ? 1 : size;
-  const auto floor = [&] {
+  const auto floor = [&](HIMAGELIST images) {
     int found = 0;
-    const double taken = Milliseconds([&] { found = ScanFloor(name); });
+    const double taken = Milliseconds([&] { found = ScanFloor(name, images); });
     Require(found == passed, "the floor misses entries");
     return taken;
   };
@@ -270,12 +270,13 @@ void MeasureScan(Program& program, const Scan& scan, int size) {
     Require(page.list.Count() == rows, "the scan misses entries");
     return taken;
   };
-  Pairs("scan", name, size, floor, [&] { return scanInto(false); });
+  Pairs(
+      "scan", name, size, [&] { return floor(nullptr); }, [&] { return scanInto(false); });
   Pairs(
       "scan, shown", name, size,
       [&] {
         BareList list;
-        return floor() + Milliseconds([&] { list.Show(rows); });
+        return floor(list.Images()) + Milliseconds([&] { list.Show(rows); });
       },
       [&] { return scanInto(true); });
 

@@ -70,7 +70,9 @@ const std::map<std::wstring, std::vector<Walk>> kWalks{
     {L"menus",
      {{HKEY_CURRENT_USER,
        L"Software\\Microsoft\\Internet Explorer\\MenuExt",
-       {{HKEY_CURRENT_USER, L"Software\\Microsoft\\Internet Explorer\\MenuExt\\%"}}}}},
+       // The parent is looked for again before each entry.
+       {{HKEY_CURRENT_USER, L"Software\\Microsoft\\Internet Explorer\\MenuExt", {}},
+        {HKEY_CURRENT_USER, L"Software\\Microsoft\\Internet Explorer\\MenuExt\\%"}}}}},
     {L"bars",
      {{HKEY_LOCAL_MACHINE,
        L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Shell Extensions\\Approved",
@@ -225,7 +227,7 @@ bool Passes(const Walk& walk, const std::wstring& name) {
 }
 
 // The enumeration, a look at the message queue for each entry, and the icon of each type once.
-int SendToFloor() {
+int SendToFloor(HIMAGELIST images) {
   WIN32_FIND_DATAW entry{};
   std::set<std::wstring> types;
   int count = 0;
@@ -242,6 +244,7 @@ int SendToFloor() {
     SHGetFileInfoW(name.c_str(), FILE_ATTRIBUTE_NORMAL, &info, sizeof info,
                    SHGFI_ICON | SHGFI_USEFILEATTRIBUTES | SHGFI_SMALLICON);
     const UniqueIcon icon(info.hIcon);
+    if (images) ImageList_ReplaceIcon(images, -1, icon.Get());
   } while (FindNextFileW(search.Get(), &entry));
   return count;
 }
@@ -256,8 +259,8 @@ LRESULT CALLBACK BareWindow(HWND window, UINT message, WPARAM wParam, LPARAM lPa
 
 }  // namespace
 
-int ScanFloor(const std::wstring& scan) {
-  if (scan == L"sendto") return SendToFloor();
+int ScanFloor(const std::wstring& scan, HIMAGELIST images) {
+  if (scan == L"sendto") return SendToFloor(images);
   int passed = 0;
   for (const Walk& walk : kWalks.at(scan)) {
     std::vector<std::wstring> names{L""};
@@ -271,12 +274,13 @@ int ScanFloor(const std::wstring& scan) {
     for (int number = 0; number < kFiles; ++number) {
       const std::wstring file = kFolder + std::to_wstring(10 + number) + L".ico";
       const UniqueIcon icon(ExtractIconW(GetModuleHandleW(nullptr), file.c_str(), 0));
+      if (images) ImageList_ReplaceIcon(images, -1, icon.Get());
     }
   }
   return passed;
 }
 
-BareList::BareList() {
+BareList::BareList() : images_(ImageList_Create(16, 16, ILC_COLOR32 | ILC_MASK, 50, 50)) {
   WNDCLASSW type{};
   type.lpfnWndProc = BareWindow;
   type.lpszClassName = L"BareList";

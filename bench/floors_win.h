@@ -3,8 +3,12 @@
 #pragma once
 
 #include <windows.h>
+// After windows.h, on which it depends.
+#include <commctrl.h>
 
 #include <string>
+
+#include "common/handles_win.h"
 
 namespace tarvelin::bench {
 
@@ -12,9 +16,9 @@ inline const std::wstring kFolder = L"C:\\bench\\";
 inline const std::wstring kSendTo = kFolder + L"sendto\\";
 inline constexpr int kFiles = 50;  // icons and modules that the entries share, 10.ico to 59.ico
 
-// Does the calls of one scan, by its name in the seeds. Returns how many entries passed, so that a
-// seed that does not fit is noticed.
-int ScanFloor(const std::wstring& scan);
+// Does the calls of one scan, by its name in the seeds, and adds its icons to an image list unless
+// that is null. Returns how many entries passed, so that a seed that does not fit is noticed.
+int ScanFloor(const std::wstring& scan, HIMAGELIST images);
 
 // A shown window with a list that asks for the texts of the rows that are to be seen.
 class BareList {
@@ -25,8 +29,10 @@ class BareList {
   BareList& operator=(const BareList&) = delete;
   void Show(int rows);
   [[nodiscard]] HWND Handle() const { return list_; }
+  [[nodiscard]] HIMAGELIST Images() const { return images_.Get(); }
 
  private:
+  UniqueImageList images_;
   HWND window_;
   HWND list_;
 };

@@ -157,9 +157,13 @@ class ImageGraphic : public GraphicPeer<TImage> {
   }
 
   void Draw(HDC dc) override {
+    const RECT area = ToRect(component_.Bounds());
+    if (SchemeColors() && component_.Bounds().height == 1) {
+      return Fill(dc, area, GetSysColor(COLOR_BTNSHADOW));  // a line between parts of the window
+    }
     // Text must stand on the scheme's own background to be readable.
-    if (HighContrast() && LiesUnderText()) return;
-    bitmap_.Draw(dc, ToRect(component_.Bounds()), component_.stretch);
+    if (SchemeColors() && LiesUnderText()) return;
+    bitmap_.Draw(dc, area, component_.stretch);
   }
 
  private:

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "widgets/controls_win.h"
+#include "widgets/tool_tip_win.h"
 
 namespace tarvelin {
 
@@ -17,6 +18,10 @@ namespace {
 
 constexpr UINT kCheckedState = 2;  // numbers of the images of LVS_EX_CHECKBOXES
 constexpr UINT kUncheckedState = 1;
+
+// What the control leaves free on both sides of a text, in pixels; where that differs, the most.
+constexpr LONG kLabelMargin = 3;
+constexpr LONG kSubItemMargin = 6;
 
 // Shows a list in a SysListView32 that has no rows of its own (LVS_OWNERDATA): it knows how many
 // there are, which one is selected and which has the focus, and asks for everything else when it
@@ -75,6 +80,8 @@ class ListPeer : public WindowPeer<TListView, Window, ListViewPeer> {
   }
   void SetState(int index, UINT state, UINT mask);
   [[nodiscard]] UINT Mark(int index) const;
+  [[nodiscard]] std::wstring_view TextAt(int row, int column) const;
+  [[nodiscard]] std::wstring CutOffText(POINT at) const;
   void FillIn(LVITEMW& item) const;
   LRESULT Draw(NMLVCUSTOMDRAW& draw) const;
   LRESULT DrawRow(NMLVCUSTOMDRAW& draw) const;
@@ -90,6 +97,7 @@ class ListPeer : public WindowPeer<TListView, Window, ListViewPeer> {
   void ColumnReported(const NMHEADERW& change);
 
   std::vector<TListColumn> shownColumns_;
+  ToolTip tip_;
   int mirroring_ = 0;
   int processing_ = 0;
   bool deselected_ = false;
@@ -100,8 +108,10 @@ ListPeer::ListPeer(TListView& list, const Site& site) : WindowPeer(list, site) {
   CreateSystem({WC_LISTVIEWW, WS_CHILD | WS_TABSTOP | LVS_REPORT | LVS_SINGLESEL |
                                   LVS_SHOWSELALWAYS | LVS_NOSORTHEADER | LVS_SHAREIMAGELISTS |
                                   LVS_OWNERDATA});
-  const DWORD style = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_INFOTIP | LVS_EX_LABELTIP;
-  Send(LVM_SETEXTENDEDLISTVIEWSTYLE, style, style);
+  // Without LVS_EX_DOUBLEBUFFER: on a screen for which Windows enlarges the program, the texts of
+  // the whole list would be blurred with the bitmap that they are drawn in. Scrolling moves what is
+  // there; only when all rows change may a frame show some of them missing.
+  Send(LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT, LVS_EX_FULLROWSELECT);
   Send(LVM_SETCALLBACKMASK, LVIS_STATEIMAGEMASK);
   if (const auto images = ImagesOf(list.SmallImages())) {
     Send(LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(images));
@@ -202,6 +212,13 @@ UINT ListPeer::Mark(int index) const {
   return INDEXTOSTATEIMAGEMASK(component_.Item(index).checked ? kCheckedState : kUncheckedState);
 }
 
+std::wstring_view ListPeer::TextAt(int row, int column) const {
+  const TListItem& item = component_.Item(row);
+  const auto subItem = static_cast<std::size_t>(column);
+  if (subItem == 0) return item.caption;
+  return subItem <= item.subItems.size() ? item.subItems[subItem - 1] : std::wstring_view{};
+}
+
 void ListPeer::FillIn(LVITEMW& item) const {
   // While the program changes the list the control may still ask for a row that has gone.
   const bool known = item.iItem >= 0 && item.iItem < component_.Count();
@@ -214,10 +231,7 @@ void ListPeer::FillIn(LVITEMW& item) const {
   }
   if ((item.mask & LVIF_STATE) && row) item.state = Mark(item.iItem);
   if ((item.mask & LVIF_TEXT) && item.pszText && item.cchTextMax > 0) {
-    std::wstring_view text;
-    const auto subItem = static_cast<std::size_t>(item.iSubItem);
-    if (row && subItem == 0) text = row->caption;
-    if (row && subItem > 0 && subItem <= row->subItems.size()) text = row->subItems[subItem - 1];
+    const std::wstring_view text = row ? TextAt(item.iItem, item.iSubItem) : std::wstring_view{};
     // Copied, because the buffer may be one that another program reads.
     const auto room = static_cast<std::size_t>(item.cchTextMax) - 1;
     item.pszText[text.copy(item.pszText, room)] = L'\0';
@@ -256,6 +270,27 @@ void ListPeer::DrawEmptyText(HDC dc) const {
   const HFONT font = site_.context.fonts.Plain();
   area.left = std::max<LONG>((area.right - TextExtent(font, text).cx) / 2, 0);
   DrawTextLine(dc, font, GetSysColor(COLOR_GRAYTEXT), text, area);
+}
+
+// The text below the pointer where its column or the list's edge cuts it off, empty elsewhere. The
+// control's own tips know only the first column's.
+std::wstring ListPeer::CutOffText(POINT at) const {
+  LVHITTESTINFO hit{};
+  hit.pt = at;
+  const auto row = SendWith(LVM_SUBITEMHITTEST, 0, hit);
+  if (row < 0 || row >= component_.Count()) return {};
+  const bool label = hit.iSubItem == 0;
+  RECT place{LVIR_LABEL, hit.iSubItem, 0, 0};
+  SendWith(label ? LVM_GETITEMRECT : LVM_GETSUBITEMRECT, static_cast<WPARAM>(row), place);
+  if (!PtInRect(&place, at)) return {};
+  RECT client{};
+  GetClientRect(Handle(), &client);
+  const LONG margin = label ? kLabelMargin : kSubItemMargin;
+  std::wstring text(TextAt(hit.iItem, hit.iSubItem));
+  const LONG left = place.left + margin;
+  const LONG right = left + TextExtent(site_.context.fonts.Plain(), text).cx;
+  if (left >= 0 && right <= std::min(place.right - margin, client.right)) text.clear();
+  return text;
 }
 
 // ---- From the user ----
@@ -317,6 +352,13 @@ LRESULT ListPeer::Process(UINT message, WPARAM wParam, LPARAM lParam) {
       return result;
     }
   }
+  if (message == WM_MOUSEMOVE) {
+    tip_.SetText(Handle(), CutOffText({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}));
+  } else if (message == WM_KEYDOWN || message == WM_MOUSEWHEEL || message == WM_VSCROLL ||
+             message == WM_HSCROLL) {
+    tip_.SetText(Handle(), {});  // another row may come below the pointer
+  }
+  tip_.Relay(Handle(), message, wParam, lParam);
   if (const auto key = KeyOf(message, wParam, lParam); key && component_.OnKey) {
     Run([&] { component_.OnKey(*key); });
     return 0;

@@ -8,6 +8,7 @@
 
 #include "widgets/controls_win.h"
 #include "widgets/navigation.h"
+#include "widgets/tool_tip_win.h"
 
 namespace tarvelin {
 
@@ -42,34 +43,7 @@ class GroupBarPeer : public WindowPeer<TGroupBar, ContainerWindow> {
   }
   [[nodiscard]] HWND TabStop() const { return tabStop_; }
 
-  // The tool tip of a button, which shows nothing until it has a text.
-  void AddTip(HWND button) {
-    if (!tips_) {
-      tips_ =
-          CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX, 0, 0, 0, 0,
-                          GetAncestor(Handle(), GA_ROOT), nullptr, site_.context.instance, nullptr);
-    }
-    std::wstring none;
-    TTTOOLINFOW tool = Tool(button, none);
-    SendMessageW(tips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
-  }
-  void SetTip(HWND button, std::wstring text) {
-    TTTOOLINFOW tool = Tool(button, text);
-    SendMessageW(tips_, TTM_UPDATETIPTEXTW, 0, reinterpret_cast<LPARAM>(&tool));
-  }
-
  private:
-  [[nodiscard]] TTTOOLINFOW Tool(HWND button, std::wstring& text) const {
-    TTTOOLINFOW tool{};
-    tool.cbSize = TTTOOLINFOW_V2_SIZE;
-    tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
-    tool.hwnd = Handle();
-    tool.uId = reinterpret_cast<UINT_PTR>(button);
-    tool.lpszText = text.data();
-    return tool;
-  }
-
-  HWND tips_ = nullptr;  // goes with the form, which owns it
   HWND tabStop_ = nullptr;
 };
 
@@ -84,7 +58,6 @@ class NavigationButton : public Window {
   void CreateButton() {
     CreateSystem({WC_BUTTONW, WS_CHILD | BS_OWNERDRAW});
     if (!bar_.TabStop()) bar_.MoveTabStop(Handle());
-    bar_.AddTip(Handle());
   }
 
   LRESULT Process(UINT message, WPARAM wParam, LPARAM lParam) override;
@@ -121,10 +94,13 @@ class NavigationButton : public Window {
   void SetHot(bool hot);
 
   bool hot_ = false;
+  ToolTip tip_;
   const std::shared_ptr<long> state_ = std::make_shared<long>(0);
 };
 
 LRESULT NavigationButton::Process(UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == WM_MOUSEMOVE) SetHot(true);
+  tip_.Relay(Handle(), message, wParam, lParam);
   switch (message) {
     case WM_GETDLGCODE: {
       const auto* key = reinterpret_cast<const MSG*>(lParam);
@@ -141,9 +117,6 @@ LRESULT NavigationButton::Process(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_KILLFOCUS:
     case WM_UPDATEUISTATE:
       Invalidate();
-      break;
-    case WM_MOUSEMOVE:
-      SetHot(true);
       break;
     case WM_MOUSELEAVE:
       SetHot(false);
@@ -247,7 +220,7 @@ void NavigationButton::SetHot(bool hot) {
     GetClientRect(Handle(), &area);
     const CaptionLine line = CaptionIn(area);
     const bool cutOff = TextExtent(line.font, line.text).cx > line.place.right - line.place.left;
-    bar_.SetTip(Handle(), cutOff ? line.text : L"");
+    tip_.SetText(Handle(), cutOff ? line.text : L"");
   }
   Invalidate();
 }
@@ -275,9 +248,13 @@ class HeaderPeer : public WindowPeer<TImageNote, NavigationButton> {
   const TControl& Stop() const override { return group_; }
 
   void DrawGround(HDC dc, const RECT& area) override {
-    if (HighContrast()) {
+    if (SchemeColors()) {
       Fill(dc, area, GetSysColor(COLOR_BTNFACE));
       FrameRect(dc, &area, GetSysColorBrush(COLOR_BTNTEXT));
+      // In the place of the picture's arrow, and pointing as it does.
+      RECT arrow{area.right - 20, area.top + 4, area.right - 4, area.bottom - 4};
+      DrawFrameControl(dc, &arrow, DFC_SCROLL,
+                       DFCS_FLAT | (group_.Opened() ? DFCS_SCROLLUP : DFCS_SCROLLDOWN));
     } else {
       Fill(dc, area, bar_.Bar().Color());
       bitmap_.Draw(dc, area, component_.stretch);
@@ -289,7 +266,7 @@ class HeaderPeer : public WindowPeer<TImageNote, NavigationButton> {
     text.left = Label().Bounds().left;
     text.right -= GetSystemMetrics(SM_CXSMICON) + 4;  // the picture's arrow
     return {site_.context.fonts.Of(Label().Style()),
-            HighContrast() ? GetSysColor(COLOR_BTNTEXT) : kBlack,
+            SchemeColors() ? GetSysColor(COLOR_BTNTEXT) : kBlack,
             Label().Caption(),
             text,
             {area.left + 2, area.top + 2, area.right - 2, area.bottom - 2}};
@@ -355,8 +332,8 @@ class GroupItemPeer : public WindowPeer<TGroupItem, NavigationButton> {
   void DrawGround(HDC dc, const RECT& area) override {
     COLORREF background = BackgroundColor(group_.Color());
     if (component_.Selected()) {
-      background = HighContrast() ? GetSysColor(COLOR_HIGHLIGHT) : kSelectedBackground;
-    } else if (Hot() && !HighContrast()) {
+      background = SchemeColors() ? GetSysColor(COLOR_HIGHLIGHT) : kSelectedBackground;
+    } else if (Hot() && !SchemeColors()) {
       background = kHotBackground;
     }
     Fill(dc, area, background);
@@ -370,7 +347,7 @@ class GroupItemPeer : public WindowPeer<TGroupItem, NavigationButton> {
   }
 
   CaptionLine CaptionIn(const RECT& area) const override {
-    const bool scheme = component_.Selected() && HighContrast();
+    const bool scheme = component_.Selected() && SchemeColors();
     return {site_.context.fonts.Plain(),
             scheme ? GetSysColor(COLOR_HIGHLIGHTTEXT) : TextColor(component_.FontColor()),
             component_.Caption(),

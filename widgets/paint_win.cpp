@@ -46,7 +46,8 @@ HFONT Fonts::Of(LabelStyle style) const {
   }
 }
 
-bool HighContrast() {
+bool SchemeColors() {
+  if (GetSysColor(COLOR_WINDOW) != kWhite || GetSysColor(COLOR_WINDOWTEXT) != kBlack) return true;
   HIGHCONTRASTW scheme{};
   scheme.cbSize = sizeof scheme;
   return SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof scheme, &scheme, 0) &&
@@ -54,10 +55,10 @@ bool HighContrast() {
 }
 
 COLORREF BackgroundColor(TColor color) {
-  return HighContrast() ? GetSysColor(COLOR_WINDOW) : color;
+  return SchemeColors() ? GetSysColor(COLOR_WINDOW) : color;
 }
 
-COLORREF TextColor(TColor color) { return HighContrast() ? GetSysColor(COLOR_WINDOWTEXT) : color; }
+COLORREF TextColor(TColor color) { return SchemeColors() ? GetSysColor(COLOR_WINDOWTEXT) : color; }
 
 RECT ToRect(const TRect& bounds) {
   return {bounds.left, bounds.top, bounds.left + bounds.width, bounds.top + bounds.height};

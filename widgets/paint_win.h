@@ -23,9 +23,10 @@ class Fonts {
   UniqueFont title_;
 };
 
-// Whether the user asked for a high-contrast scheme (SPI_GETHIGHCONTRAST). The program's own
-// colours then give way to those of the scheme.
-[[nodiscard]] bool HighContrast();
+// Whether the windows show the colours of the user's scheme and none of the program's own, which
+// were chosen for black on white: in high contrast (SPI_GETHIGHCONTRAST), and under every scheme
+// that writes in other colours.
+[[nodiscard]] bool SchemeColors();
 [[nodiscard]] COLORREF BackgroundColor(TColor color);
 [[nodiscard]] COLORREF TextColor(TColor color);
 

@@ -5,8 +5,10 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,7 +20,31 @@
 namespace tarvelin::testing {
 namespace {
 
-class ListTest : public ::testing::Test {
+// The colours of the pixels that a control paints, row by row.
+std::vector<COLORREF> Painted(const TControl& control) {
+  const WindowDc screen(nullptr);
+  const UniqueMemoryDc dc(CreateCompatibleDC(screen.Get()));
+  const int width = control.Bounds().width, height = control.Bounds().height;
+  const UniqueBitmap bitmap(CreateCompatibleBitmap(screen.Get(), width, height));
+  const SelectGuard selected(dc.Get(), bitmap.Get());
+  SendMessageW(WindowOf(control), WM_PRINT, reinterpret_cast<WPARAM>(dc.Get()),
+               PRF_CLIENT | PRF_ERASEBKGND);
+  std::vector<COLORREF> colors;
+  for (int at = 0; at < width * height; ++at) {
+    colors.push_back(GetPixel(dc.Get(), at % width, at / width));
+  }
+  return colors;
+}
+
+class PeersTest : public ::testing::Test {
+ protected:
+  MessageLoop loop_;
+  FakeBoxes boxes_;
+  TApplication application_{boxes_, L"Peers"};
+  PeerContext context_{GetModuleHandleW(nullptr), loop_, application_, nullptr, nullptr};
+};
+
+class ListTest : public PeersTest {
  protected:
   ListTest() {
     for (const wchar_t* name : {L"Adder", L"bee", L"Badger", L"Cat"}) Add(name);
@@ -57,10 +83,6 @@ class ListTest : public ::testing::Test {
     return place;
   }
 
-  MessageLoop loop_;
-  FakeBoxes boxes_;
-  TApplication application_{boxes_, L"List"};
-  PeerContext context_{GetModuleHandleW(nullptr), loop_, application_, nullptr, nullptr};
   TForm form_{L"FormList", 600, 400, L"List"};
   TListView& list_ =
       form_.Create<TListView>(L"list", &form_, TRect{0, 0, 600, 300},
@@ -78,6 +100,14 @@ TEST_F(ListTest, ShowsTheRowsAndTellsWhichIsSelected) {
   list_.SetSubItem(4, 0, L"y");
   EXPECT_EQ(Text(4, 0), L"Dingo");
   EXPECT_EQ(Text(4, 1), L"y");
+  list_.SetColumnCaption(1, L"Pfad");
+  wchar_t header[9] = L"";
+  LVCOLUMNW column{};
+  column.mask = LVCF_TEXT;
+  column.pszText = header;
+  column.cchTextMax = 9;
+  Send(LVM_GETCOLUMNW, 1, reinterpret_cast<LPARAM>(&column));
+  EXPECT_STREQ(header, L"Pfad");
 
   const UINT selected = LVIS_SELECTED | LVIS_FOCUSED;
   SetState(1, selected, selected);
@@ -142,29 +172,28 @@ TEST_F(ListTest, MarksRowsByMouseKeyAndAssistiveProgram) {
 
 TEST_F(ListTest, TheSelectedRowIsPlainToSeeWithoutTheFocus) {
   list_.SetSelectedIndex(1);
-  const WindowDc screen(nullptr);
-  const UniqueMemoryDc dc(CreateCompatibleDC(screen.Get()));
-  const UniqueBitmap bitmap(CreateCompatibleBitmap(screen.Get(), 600, 300));
-  const SelectGuard selected(dc.Get(), bitmap.Get());
-  Send(WM_PRINT, reinterpret_cast<WPARAM>(dc.Get()), PRF_CLIENT | PRF_ERASEBKGND);
+  const auto painted = Painted(list_);
   for (int row = 0; row < 3; ++row) {
     const RECT place = Place(row);
     const COLORREF color = GetSysColor(row == 1 ? COLOR_HIGHLIGHT : COLOR_WINDOW);
     for (const LONG x : {place.left + 180, place.left + 280}) {
-      EXPECT_EQ(GetPixel(dc.Get(), x, place.top + 2), color) << "row " << row << ", at " << x;
+      EXPECT_EQ(painted[static_cast<std::size_t>(600 * (place.top + 2) + x)], color)
+          << "row " << row << ", at " << x;
     }
   }
 }
 
-// Where a caption stands, in pixels: the room that the frames and pictures around it leave.
-int RoomFor(const TControl& control) {
-  const int width = control.Bounds().width;
-  if (dynamic_cast<const TButton*>(&control)) return width - 4;
-  if (dynamic_cast<const TCheckBox*>(&control)) return 204;
-  if (dynamic_cast<const TGroupItem*>(&control)) return 124;
-  if (dynamic_cast<const TGroup*>(control.Parent())) return 132;  // up to the header's arrow
-  const TControl* parent = control.Parent();
-  return (parent ? parent->Bounds().width : width) - control.Bounds().left;
+// The pixels that frames and pictures leave a caption; nothing for what shows none.
+std::optional<int> RoomFor(const TComponent& component) {
+  const auto* label = dynamic_cast<const TLabel*>(&component);
+  if (const auto* button = dynamic_cast<const TButton*>(&component)) {
+    return button->Bounds().width - 4;
+  }
+  if (dynamic_cast<const TCheckBox*>(&component)) return 204;
+  if (dynamic_cast<const TGroupItem*>(&component)) return 124;
+  if (!label) return std::nullopt;
+  if (dynamic_cast<const TGroup*>(label->Parent())) return 132;  // up to the header's arrow
+  return label->Parent()->Bounds().width - label->Bounds().left;
 }
 
 // Names the captions below a component that are wider than their place.
@@ -175,19 +204,16 @@ void Measure(const TComponent& owner, const Fonts& fonts, std::vector<std::strin
   };
   for (const auto& component : owner.Components()) {
     const auto* label = dynamic_cast<const TLabel*>(component.get());
-    const auto* list = dynamic_cast<const TListView*>(component.get());
-    if (list) {
+    if (const auto* list = dynamic_cast<const TListView*>(component.get())) {
       for (const auto& column : list->Columns()) {
         check(fonts.Plain(), column.caption, column.width - 12);
       }
       for (int row = 0; list->CheckBoxes() && row < list->Count(); ++row) {
         check(fonts.Plain(), list->Item(row).caption, 178);
       }
-    } else if (label || dynamic_cast<const TButton*>(component.get()) ||
-               dynamic_cast<const TCheckBox*>(component.get()) ||
-               dynamic_cast<const TGroupItem*>(component.get())) {
-      const auto& control = dynamic_cast<const TControl&>(*component);
-      check(label ? fonts.Of(label->Style()) : fonts.Plain(), control.Caption(), RoomFor(control));
+    } else if (const auto room = RoomFor(*component)) {
+      check(label ? fonts.Of(label->Style()) : fonts.Plain(),
+            dynamic_cast<const TControl&>(*component).Caption(), *room);
     }
     Measure(*component, fonts, tooWide);
   }
@@ -221,46 +247,35 @@ TEST(LanguageFiles, HaveNoCaptionThatIsCutOff) {
   EXPECT_EQ(files, 13);
 }
 
-TEST(Navigation, ShowsACutOffCaptionInAToolTip) {
-  MessageLoop loop;
-  FakeBoxes boxes;
-  TApplication application(boxes, L"");
-  PeerContext context{GetModuleHandleW(nullptr), loop, application, nullptr, nullptr};
-  TForm form(L"FormBar", 200, 200, L"");
-  auto& bar = form.Create<TGroupBar>(L"bar", &form, TRect{0, 0, 178, 200});
-  TGroup& group = bar.AddGroup(L"group", 90, L"Group");
-  auto& label =
-      form.Create<TLabel>(L"label", &group, TRect{10, 5, 128, 14}, L"Group", LabelStyle::Bold);
-  group.SetHeader(form.Create<TImageNote>(L"image", &group, TRect{0, 0, 162, 24}), label);
-  const std::wstring longCaption = L"Longer & longer than the whole bar is wide";
-  TGroupItem* const items[] = {&group.AddItem(L"Short", -1, [] {}),
-                               &group.AddItem(longCaption, -1, [] {})};
-  AttachPeers(form, context, {});
-  const HWND tips = FindWindowW(TOOLTIPS_CLASSW, nullptr);
-  ASSERT_EQ(GetWindow(tips, GW_OWNER), WindowOf(form));
-  for (TGroupItem* item : items) {
-    SendMessageW(WindowOf(*item), WM_MOUSEMOVE, 0, MAKELPARAM(5, 5));
-    wchar_t text[80] = L"?";
-    TTTOOLINFOW tool{};
-    tool.cbSize = TTTOOLINFOW_V2_SIZE;
-    tool.hwnd = WindowOf(bar);
-    tool.uId = reinterpret_cast<UINT_PTR>(WindowOf(*item));
-    tool.lpszText = text;
-    SendMessageW(tips, TTM_GETTEXTW, 80, reinterpret_cast<LPARAM>(&tool));
-    EXPECT_EQ(std::wstring(text), item == items[1] ? longCaption : L"");
+TEST_F(PeersTest, TakeTheColorsOfASchemeThatIsNotBlackOnWhite) {
+  static constexpr int kParts[] = {COLOR_WINDOW,        COLOR_WINDOWTEXT, COLOR_HIGHLIGHT,
+                                   COLOR_HIGHLIGHTTEXT, COLOR_BTNFACE,    COLOR_BTNTEXT};
+  static constexpr COLORREF kScheme[] = {0x010203, 0xFF00FF, 0x800080,
+                                         0x00FFFF, 0x404000, 0x0000FF};
+  COLORREF former[6];
+  std::ranges::transform(kParts, former, GetSysColor);
+  FormDriver driver;
+  driver.Start();
+  AttachPeers(*driver.form, context_, {});
+  SetSysColors(6, kParts, kScheme);
+  const TGroup& group = *driver.Find<TGroupBar>(L"RzGroupBar").Groups()[0];
+  const TControl* const controls[] = {&driver.Find<TPanel>(L"Panel_Top"), group.Items()[0],
+                                      group.HeaderImage()};
+  for (int control = 0; control < 3; ++control) {
+    const auto painted = Painted(*controls[control]);
+    const auto ground = std::ranges::count(painted, kScheme[2 * control]);
+    EXPECT_GT(ground, painted.size() * 7 / 10) << control;
+    EXPECT_GT(std::ranges::count(painted, kScheme[2 * control + 1]), 10) << control;
   }
-  form.SetPeer(nullptr);
+  SetSysColors(6, kParts, former);
+  driver.form->SetPeer(nullptr);
 }
 
-TEST(Peers, TellWhyAWindowWasRefused) {
-  MessageLoop loop;
-  FakeBoxes boxes;
-  TApplication application(boxes, L"");
-  PeerContext context{GetModuleHandleW(nullptr), loop, application, nullptr, nullptr};
+TEST_F(PeersTest, TellWhyAWindowWasRefused) {
   TForm form(L"FormRefused", 100, 100, L"");
   std::wstring reason;
   try {
-    AttachPeers(form, context, {reinterpret_cast<HWND>(1), {}, {}});
+    AttachPeers(form, context_, {reinterpret_cast<HWND>(1), {}, {}});
   } catch (const WindowsError& error) {
     reason = error.Reason();
   }

@@ -162,6 +162,19 @@ HWND FindControl(HWND parent, std::wstring_view className, std::wstring_view tex
   throw DriverError(L"no visible " + std::wstring(className) + L" \"" + std::wstring(text) + L"\"");
 }
 
+void PointAt(HWND window, LONG x, LONG y) {
+  POINT place{x, y};
+  ClientToScreen(window, &place);
+  SetCursorPos(place.x, place.y);
+}
+
+std::wstring ShownTip() {
+  for (HWND tip = nullptr; (tip = FindWindowExW(nullptr, tip, TOOLTIPS_CLASSW, nullptr));) {
+    if (IsWindowVisible(tip)) return TextOf(tip);
+  }
+  return {};
+}
+
 void PrintTo(const Box& box, std::ostream* stream) {
   *stream << ToUtf8(box.caption + L": \"" + box.text) << (box.icon ? "\", icon" : "\"");
   for (const int button : box.buttons) *stream << ", button " << button;
@@ -268,7 +281,7 @@ HWND Program::Modal() const {
   return active == window_ ? nullptr : active;
 }
 
-Box Program::Answer(int answer) {
+Box Program::Answer(int answer, WORD key) {
   HWND window = Modal();
   if (!window || ClassOf(window) != L"#32770") throw DriverError(L"no message box is open");
   Box box{TextOf(window), TextOf(GetDlgItem(window, 0xFFFF)), {}, false};
@@ -282,7 +295,8 @@ Box Program::Answer(int answer) {
   if (std::ranges::find(box.buttons, answer) == box.buttons.end()) {
     throw DriverError(L"the box has no button " + std::to_wstring(answer));
   }
-  PostMessageW(window, WM_COMMAND, static_cast<WPARAM>(answer), 0);
+  if (key) Press(key);
+  if (!key) PostMessageW(window, WM_COMMAND, static_cast<WPARAM>(answer), 0);
   WaitUntil([&] { return !IsWindow(window); }, L"the box to close");
   AwaitCommand(nullptr);
   return box;

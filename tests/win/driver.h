@@ -53,6 +53,11 @@ struct Accessible {
 // The one among them of that class with that text; an empty text means any.
 [[nodiscard]] HWND FindControl(HWND parent, std::wstring_view className, std::wstring_view text);
 
+// Moves the pointer to a place in a window. The tool tip that comes of it, empty while none is
+// seen.
+void PointAt(HWND window, LONG x, LONG y);
+[[nodiscard]] std::wstring ShownTip();
+
 // A message box.
 struct Box {
   std::wstring caption;
@@ -113,8 +118,9 @@ class Program {
 
   // The modal window that is open, null when there is none.
   [[nodiscard]] HWND Modal() const;
-  // Answers the message box that is open; the command goes on as far as it can.
-  Box Answer(int button);
+  // Answers the message box that is open, by a key where one is given; the command goes on as far
+  // as it can.
+  Box Answer(int button, WORD key = 0);
 
  private:
   template <class Item>

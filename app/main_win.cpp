@@ -100,6 +100,9 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int) {
   } catch (const std::exception&) {
     reason = L"Windows is short of memory.";
   }
+  // In English, since no language is known: what keeps the program from making a window keeps it
+  // from making the first one, and that decides whether it is to read its language files at all.
+  // Windows gives its reason in its own language.
   MessageBoxW(nullptr, (L"The program cannot be started: " + reason).c_str(), tarvelin::kTitle,
               MB_ICONERROR);
   return 1;

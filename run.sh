@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the program and starts it under Wine in a scratch system full of sample add-ons, so that
 # everything can be tried and nothing can be harmed. Without a display the program runs on an
-# invisible one and a picture of each page is saved in build/screenshots/.
+# invisible one and a picture of each page is saved in build/screenshots/, with some in other
+# languages and in a high-contrast scheme.
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -45,11 +46,22 @@ else
   wine build/mingw-x64/Tarvelin.exe &
   tools/screenshots.sh build/screenshots
 
-  # Once more in German, as a user's settings file would have it.
-  wineserver -k -w
+  # Again in other languages, as a user's settings file would have it.
   settings=$(find "$prefix/drive_c/users" -path '*/AppData/Roaming' -not -path '*/Public/*')
   mkdir -p "$settings/Corvane/Halvicore V4"
-  printf '[Main]\r\nLanguage=German\r\n' >"$settings/Corvane/Halvicore V4/Main.ini"
+  for language in German French Russian Japanese; do
+    wineserver -k -w
+    printf '[Main]\r\nLanguage=%s\r\n' $language >"$settings/Corvane/Halvicore V4/Main.ini"
+    wine build/mingw-x64/Tarvelin.exe &
+    tools/screenshots.sh build/screenshots/${language,,} shell-extensions browser-helpers \
+      browser-settings change-setting question
+  done
+
+  # And in the colours of a scheme for those who see black on white badly.
+  wineserver -k -w
+  rm "$settings/Corvane/Halvicore V4/Main.ini"
+  wine reg import sample/high-contrast.reg
+  wineserver -k -w
   wine build/mingw-x64/Tarvelin.exe &
-  tools/screenshots.sh build/screenshots german
+  tools/screenshots.sh build/screenshots/high-contrast
 fi

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Saves pictures of the program that runs on DISPLAY, in a Wine desktop of its own.
-#   screenshots.sh FOLDER         clicks through the pages and takes each, then the dialog that
-#                                 changes a setting, then the navigation bar with closed groups
-#   screenshots.sh FOLDER NAME    takes the window as it stands
+# Saves pictures of the program that runs on DISPLAY, in a Wine desktop of its own:
+#   screenshots.sh FOLDER [NAME...]    all that are named below, or those
+# It clicks through the pages, opens the dialog that changes a setting and the menu of a row, closes
+# the groups of the navigation bar, and removes an entry unless only some are named.
 set -euo pipefail
 folder=$1
-only=${2-}
+wanted=" ${*:2} "
 mkdir -p "$folder"
 
 # Where to click for each page, counted from the corner of the window's client area.
@@ -42,51 +42,61 @@ wait_for_window() {
   return 1
 }
 
+is_wanted() { [[ $wanted == "  " || $wanted == *" $1 "* ]]; }
+
+# Two pictures that look alike would mean that a click went nowhere.
+taken=
 take() {
-  local file=$folder/$1.png place=$2 last='' picture
+  is_wanted "$1" || return 0
+  local file=$folder/$1.png last='' picture
   for _ in $(seq 40); do
     picture=$(import -window root -crop "$place" +repage png:- | convert png:- rgba:- | sha256sum)
     [ "$picture" != "$last" ] || break
     last=$picture
     sleep 0.25
   done
+  if [[ $taken == *"$picture"* ]]; then
+    echo "screenshots: $1 looks like one before it" >&2
+    exit 1
+  fi
+  taken+=$picture
   import -window root -crop "$place" +repage "$file"
   echo "$file"
 }
 
 place=$(wait_for_window)
-if [ -n "$only" ]; then
-  take "$only" "$place"
-  exit
-fi
 IFS='x+' read -r _ _ left top <<<"$place"
 click() {
-  xdotool mousemove $((left + frame_left + $1)) $((top + frame_top + $2)) click "${@:3}" 1
+  xdotool mousemove $((left + frame_left + $1)) $((top + frame_top + $2)) click "${@:3}"
   # Out of the way, so that nothing is shown as pointed at.
   xdotool mousemove 1279 1023
 }
+press() {
+  xdotool key "$@"
+  sleep 1
+}
 while read -r name x y; do
-  [ -n "$name" ] || continue
-  click "$x" "$y"
-  take "$name" "$place"
+  [ -n "$name" ] && is_wanted "$name" || continue
+  click "$x" "$y" 1
+  take "$name"
 done <<<"$pages"
-click 300 120 --repeat 2 --delay 50
+click 300 120 --repeat 2 --delay 50 1
 sleep 1
-take change-setting "$place"
-xdotool key Escape
+take change-setting
+press Escape
+click 300 120 3
 sleep 1
-click 60 188
+take row-menu
+press Escape
+click 60 135 1
+click 60 188 1
 sleep 0.5
-click 60 90
-take groups-closed "$place"
-
-# Two pages that look alike would mean that a click went nowhere.
-alike=$(while read -r name _; do
-  [ -z "$name" ] || convert "$folder/$name.png" rgba:- | sha256sum
-done <<<"$pages
-change-setting
-groups-closed" | sort | uniq -d)
-if [ -n "$alike" ]; then
-  echo "screenshots: some pages look the same" >&2
-  exit 1
-fi
+click 60 90 1
+take groups-closed
+click 300 105 1
+press Delete
+take question
+is_wanted removed || exit 0
+press Return
+take removed
+press Return

@@ -263,8 +263,7 @@ TEST_F(PeersTest, TakeTheColorsOfASchemeThatIsNotBlackOnWhite) {
                                       group.HeaderImage()};
   for (int control = 0; control < 3; ++control) {
     const auto painted = Painted(*controls[control]);
-    const auto ground = std::ranges::count(painted, kScheme[2 * control]);
-    EXPECT_GT(ground, painted.size() * 7 / 10) << control;
+    EXPECT_GT(std::ranges::count(painted, kScheme[2 * control]), painted.size() * 7 / 10);
     EXPECT_GT(std::ranges::count(painted, kScheme[2 * control + 1]), 10) << control;
   }
   SetSysColors(6, kParts, former);

@@ -130,8 +130,7 @@ TEST_F(WindowTest, EveryPageIsWorkedByKeysAlone) {
   EXPECT_EQ(AnswerNext(IDYES, VK_RETURN).caption, L"Confirm");
   EXPECT_EQ(AnswerNext(IDOK, VK_ESCAPE).text, L"Restore successfully!");
   EXPECT_NE(app_.Rows()[0][1], L"ours");
-  const LPARAM withAlt = 0x20000001;
-  PostMessageW(app_.Focused(), WM_SYSKEYDOWN, VK_F4, withAlt);
+  PostMessageW(app_.Focused(), WM_SYSKEYDOWN, VK_F4, 0x20000001);  // with Alt
   EXPECT_EQ(app_.WaitForExit(), 0U);
 }
 

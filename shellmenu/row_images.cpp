@@ -11,7 +11,8 @@ template <typename Extract>
 int RowImages::AddOnce(std::wstring source, Extract extract) {
   const auto [known, isNew] = known_.try_emplace(std::move(source), -1);
   if (isNew) {
-    if (const std::unique_ptr<Icon> icon = extract()) known->second = images_.Add(*icon);
+    if (const std::unique_ptr<Icon> icon = extract())
+      known->second = images_.Add(*icon, known->first);
     return known->second;
   }
   return images_.AddCopy(known->second);

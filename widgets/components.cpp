@@ -109,9 +109,13 @@ void TImage::SetPicture(TPicture picture) {
   Notify(Change::Picture);
 }
 
-int TImageList::Add(const Icon& icon) {
-  const int image = peer_ ? peer_->AddIcon(icon) : storedCount_++;
+int TImageList::Add(const Icon& icon, const std::wstring& source) {
+  const auto known = sources_.find(source);
+  std::optional<int> place;
+  if (known != sources_.end()) place = known->second;
+  const int image = peer_ ? peer_->AddIcon(icon, place) : place ? *place : storedCount_++;
   if (image < 0) return -1;
+  sources_[source] = image;
   stored_.push_back(image);
   return Count() - 1;
 }

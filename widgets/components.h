@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,6 +16,7 @@
 
 #include "common/records.h"
 #include "common/shell.h"
+#include "common/text.h"
 #include "widgets/display.h"
 #include "widgets/pictures.h"
 
@@ -207,8 +209,9 @@ class TImage : public TControl {
 class ImageListPeer {
  public:
   virtual ~ImageListPeer() = default;
-  // Each returns the number of the stored image, -1 on failure. They are numbered from 0 upward.
-  virtual int AddIcon(const Icon& icon) = 0;
+  // Each returns the number of the stored image, -1 on failure. They are numbered from 0 upward; an
+  // icon may take the place of a stored image.
+  virtual int AddIcon(const Icon& icon, std::optional<int> place) = 0;
   virtual int AddPicture(const TPicture& picture) = 0;
 };
 
@@ -216,8 +219,10 @@ class TImageList : public TComponent {
  public:
   using TComponent::TComponent;
   [[nodiscard]] int Count() const { return static_cast<int>(stored_.size()); }
-  // Each appends one index and returns it; -1 when the image cannot be stored.
-  int Add(const Icon& icon);
+  // Each appends one index and returns it; -1 when the image cannot be stored. An icon takes the
+  // place of the one that came from the same source before, so that reading a page again and again
+  // stores no more.
+  int Add(const Icon& icon, const std::wstring& source);
   int Add(TPicture picture);
   int AddCopy(int index);
   // The number of the image that the peer stored for an index, -1 out of range.
@@ -229,6 +234,7 @@ class TImageList : public TComponent {
  private:
   std::vector<TPicture> pictures_;  // kept until a peer takes them
   std::vector<int> stored_;
+  std::map<std::wstring, int, TextLess> sources_;  // the stored image of each
   int storedCount_ = 0;
   std::unique_ptr<ImageListPeer> peer_;
 };

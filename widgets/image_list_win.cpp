@@ -21,9 +21,9 @@ class WindowsImageList : public ImageListPeer {
 
   [[nodiscard]] HIMAGELIST Get() const { return images_.Get(); }
 
-  int AddIcon(const Icon& icon) override {
+  int AddIcon(const Icon& icon, std::optional<int> place) override {
     const auto* handle = dynamic_cast<const WindowsIcon*>(&icon);
-    return handle ? ImageList_ReplaceIcon(images_.Get(), -1, handle->Handle()) : -1;
+    return handle ? ImageList_ReplaceIcon(images_.Get(), place.value_or(-1), handle->Handle()) : -1;
   }
 
   int AddPicture(const TPicture& picture) override {

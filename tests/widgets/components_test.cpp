@@ -74,15 +74,19 @@ TEST(CheckBox, OnlyAClickRunsTheHandler) {
   EXPECT_EQ(clicks, 1);
 }
 
-TEST(ImageList, CopiesShareAStoredImage) {
+TEST(ImageList, CopiesAndIconsOfOneSourceShareAStoredImage) {
   int alive = 0;
   TImageList images(L"images");
   EXPECT_EQ(images.Add(TPicture{1, 1, {0}}), 0);
-  EXPECT_EQ(images.Add(FakeIcon(alive)), 1);
+  EXPECT_EQ(images.Add(FakeIcon(alive), L"a.dll|0"), 1);
   EXPECT_EQ(images.AddCopy(1), 2);
   EXPECT_EQ(images.AddCopy(9), -1);
-  EXPECT_EQ(images.Count(), 3);
+  EXPECT_EQ(images.Add(FakeIcon(alive), L"a.dll|1"), 3);
+  EXPECT_EQ(images.Add(FakeIcon(alive), L"A.dll|0"), 4);
+  EXPECT_EQ(images.Count(), 5);
   EXPECT_EQ(images.StoredImage(2), 1);
+  EXPECT_EQ(images.StoredImage(3), 2);
+  EXPECT_EQ(images.StoredImage(4), 1);
 }
 
 TEST(PageNote, ShowsExactlyOnePage) {

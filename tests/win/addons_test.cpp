@@ -12,14 +12,6 @@ namespace {
 
 using namespace std::literals;
 
-const std::wstring kClass = L"HKLM\\SOFTWARE\\Classes\\CLSID\\";
-const std::wstring kUnit = L"HKLM\\SOFTWARE\\Microsoft\\Code Store Database\\Distribution Units\\";
-const std::wstring kToolbar = L"HKLM\\SOFTWARE\\Microsoft\\Internet Explorer\\Toolbar";
-const std::wstring kExtensions = L"HKLM\\SOFTWARE\\Microsoft\\Internet Explorer\\Extensions";
-const std::wstring kBars = L"HKCU\\Software\\Microsoft\\Internet Explorer\\Explorer Bars";
-const std::wstring kMenuExt = L"HKCU\\Software\\Microsoft\\Internet Explorer\\MenuExt";
-const std::wstring kStats = L"HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Ext\\Stats";
-const std::wstring kTraces = L"HKCU\\Software\\Tarvelin Sample";
 const std::wstring kFolder = L"C:\\Addons";
 
 const Box kRemoved{L"Tarvelin", L"Remove successfully!", {IDOK}, false};

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <set>
+#include <utility>
 
 #include "common/text.h"
 
@@ -34,6 +36,12 @@ BOOL CALLBACK Collect(HWND window, LPARAM windows) {
   return TRUE;
 }
 
+std::vector<HWND> Controls(HWND parent) {
+  std::vector<HWND> windows;
+  EnumChildWindows(parent, Collect, reinterpret_cast<LPARAM>(&windows));
+  return windows;
+}
+
 // The visible window of a process that accepts input; null when there is none.
 HWND ActiveWindow(DWORD process) {
   std::vector<HWND> windows;
@@ -44,19 +52,6 @@ HWND ActiveWindow(DWORD process) {
     return owner == process && IsWindowVisible(window) && IsWindowEnabled(window);
   });
   return found == windows.end() ? nullptr : *found;
-}
-
-UniqueProcess Start(std::wstring commandLine, const std::wstring& currentFolder = L"") {
-  STARTUPINFOW startup{};
-  startup.cb = sizeof(startup);
-  PROCESS_INFORMATION process{};
-  if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                      currentFolder.empty() ? nullptr : currentFolder.c_str(), &startup,
-                      &process)) {
-    throw DriverError(L"cannot start " + commandLine);
-  }
-  CloseHandle(process.hThread);
-  return UniqueProcess(process.hProcess);
 }
 
 bool Running(const UniqueProcess& process) {
@@ -95,6 +90,19 @@ std::wstring Environment(const wchar_t* name) {
   value.resize(GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size())));
   if (value.empty()) throw DriverError(std::wstring(name) + L" is not set");
   return value;
+}
+
+UniqueProcess Start(std::wstring commandLine, const std::wstring& currentFolder) {
+  STARTUPINFOW startup{};
+  startup.cb = sizeof(startup);
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                      currentFolder.empty() ? nullptr : currentFolder.c_str(), &startup,
+                      &process)) {
+    throw DriverError(L"cannot start " + commandLine);
+  }
+  CloseHandle(process.hThread);
+  return UniqueProcess(process.hProcess);
 }
 
 DWORD RunToEnd(const std::wstring& commandLine) { return ExitCode(Start(commandLine)); }
@@ -147,17 +155,22 @@ Accessible AccessibleOf(HWND window) {
 }
 
 std::vector<HWND> VisibleControls(HWND parent) {
-  std::vector<HWND> windows;
-  EnumChildWindows(parent, Collect, reinterpret_cast<LPARAM>(&windows));
+  std::vector<HWND> windows = Controls(parent);
   std::erase_if(windows, [](HWND window) { return !IsWindowVisible(window); });
   return windows;
 }
 
 HWND FindControl(HWND parent, std::wstring_view className, std::wstring_view text) {
-  for (HWND window : VisibleControls(parent)) {
-    if (SameText(ClassOf(window), className) && (text.empty() || TextOf(window) == text)) {
-      return window;
-    }
+  // Most often it is the one of the last time, and asking all windows takes long.
+  static std::map<std::pair<std::wstring, std::wstring>, HWND> found;
+  const auto fits = [&](HWND window) {
+    return SameText(ClassOf(window), className) && IsWindowVisible(window) &&
+           (text.empty() || TextOf(window) == text);
+  };
+  HWND& known = found[{std::wstring(className), std::wstring(text)}];
+  if (IsChild(parent, known) && fits(known)) return known;
+  for (HWND window : Controls(parent)) {
+    if (fits(window)) return known = window;
   }
   throw DriverError(L"no visible " + std::wstring(className) + L" \"" + std::wstring(text) + L"\"");
 }

@@ -27,9 +27,6 @@ void WaitUntil(const std::function<bool()>& condition, std::wstring_view what);
 // A variable that the runner sets, such as TARVELIN_EXE.
 [[nodiscard]] std::wstring Environment(const wchar_t* name);
 
-// Runs a program to its end and returns its exit code.
-DWORD RunToEnd(const std::wstring& commandLine);
-
 // Copies the program with its language files into a folder and returns the path of the copy.
 std::wstring CopyProgram(const std::wstring& folder);
 
@@ -73,6 +70,10 @@ struct ProcessTraits : NullHandleTraits<HANDLE> {
   static void Close(HANDLE process);
 };
 using UniqueProcess = UniqueHandle<ProcessTraits>;
+UniqueProcess Start(std::wstring commandLine, const std::wstring& currentFolder = L"");
+
+// Runs a program to its end and returns its exit code.
+DWORD RunToEnd(const std::wstring& commandLine);
 
 // The running program. A command returns once it has been carried out or has opened a modal window:
 // when no box is open afterwards, none will come.

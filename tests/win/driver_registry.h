@@ -16,6 +16,18 @@
 
 namespace tarvelin::testing {
 
+// Where add-ons are registered, and where the sample's modules tell that they were unregistered.
+inline const std::wstring kClass = L"HKLM\\SOFTWARE\\Classes\\CLSID\\";
+inline const std::wstring kUnit =
+    L"HKLM\\SOFTWARE\\Microsoft\\Code Store Database\\Distribution Units\\";
+inline const std::wstring kToolbar = L"HKLM\\SOFTWARE\\Microsoft\\Internet Explorer\\Toolbar";
+inline const std::wstring kExtensions = L"HKLM\\SOFTWARE\\Microsoft\\Internet Explorer\\Extensions";
+inline const std::wstring kBars = L"HKCU\\Software\\Microsoft\\Internet Explorer\\Explorer Bars";
+inline const std::wstring kMenuExt = L"HKCU\\Software\\Microsoft\\Internet Explorer\\MenuExt";
+inline const std::wstring kStats =
+    L"HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Ext\\Stats";
+inline const std::wstring kTraces = L"HKCU\\Software\\Tarvelin Sample";
+
 // Each creates the key when it is missing. The empty value name is the default value.
 void MakeKey(const std::wstring& path);
 void WriteText(const std::wstring& path, const std::wstring& name, std::wstring_view text,

@@ -18,9 +18,6 @@ using Texts = Program::Texts;
 
 const std::wstring kHandlers = L"HKCR\\*\\shellex\\ContextMenuHandlers";
 const std::wstring kVerbs = L"HKCR\\*\\shell";
-const std::wstring kStats = L"HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Ext\\Stats";
-const std::wstring kToolbar = L"HKLM\\SOFTWARE\\Microsoft\\Internet Explorer\\Toolbar";
-const std::wstring kMenuExt = L"HKCU\\Software\\Microsoft\\Internet Explorer\\MenuExt";
 
 // Each test finds none of the entries that another one made.
 class Inventory : public ::testing::Test {

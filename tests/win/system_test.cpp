@@ -4,6 +4,7 @@
 #include <objbase.h>
 
 #include <algorithm>
+#include <random>
 
 #include "app/UniqueInstance_win.h"
 #include "app/application.h"
@@ -73,35 +74,82 @@ TEST_F(SystemTest, ReadsTextsOfAnyLength) {
   EXPECT_TRUE(DeleteFileW(ini.c_str()));
 }
 
-TEST_F(SystemTest, ReadsVersionInformationAndSurvivesBrokenOne) {
-  const auto company = [&](const std::wstring& path) {
-    return GetFileInfoField(*shell, path, FileInfoField::CompanyName);
-  };
-  const std::wstring module = sample + L"quimbrel.dll";
-  EXPECT_EQ(company(module), L"Quimbrel Works");
-  EXPECT_EQ(company(folder), L"Unknown");
-
-  // Every 16-bit word of the resource in turn claims to be huge, or to be nothing: whatever Windows
-  // makes of that, the texts that come back end inside of the file's own data.
-  const Bytes whole = *files->ReadWholeFile(module);
-  const Bytes key = ToUtf16Le(L"VS_VERSION_INFO");
-  const auto found = std::search(whole.begin(), whole.end(), key.begin(), key.end());
-  ASSERT_NE(found, whole.end());
-  const auto start = static_cast<std::size_t>(found - whole.begin()) - 6;
-  const auto length = std::to_integer<std::size_t>(whole[start]) +
-                      256 * std::to_integer<std::size_t>(whole[start + 1]);
+TEST_F(SystemTest, ReadsVersionInformationHoweverDamaged) {
+  EXPECT_EQ(GetModuleFacts(*shell, folder).publisher, L"Unknown");
+  const unsigned seed = std::random_device{}();
+  std::mt19937 random(seed);
   const std::wstring broken = folder + L"\\broken.dll";
-  for (std::size_t at = start; at < start + length; at += 2) {
-    for (const auto byte : {std::byte{0xFF}, std::byte{0}}) {
+  const std::pair<std::wstring, ModuleFacts> modules[] = {
+      {L"quimbrel.dll", {L"Quimbrel Search Helper", L"Quimbrel Works"}},
+      {L"wexcomb.ocx", {L"Wexcomb Vorschau", L""}}};
+  for (const auto& [name, facts] : modules) {
+    const Bytes whole = *files->ReadWholeFile(sample + name);
+    const auto find = [&](const Bytes& bytes) {
+      const auto found = std::search(whole.begin(), whole.end(), bytes.begin(), bytes.end());
+      EXPECT_NE(found, whole.end());
+      return static_cast<std::size_t>(found - whole.begin());
+    };
+    // The resource begins with its length, which stands in the directory as well.
+    const std::size_t start = find(ToUtf16Le(L"VS_VERSION_INFO")) - 6;
+    const auto length = std::to_integer<std::size_t>(whole[start]) +
+                        256 * std::to_integer<std::size_t>(whole[start + 1]);
+    const std::size_t directory =
+        find({whole[start], whole[start + 1], {}, {}, {}, {}, {}, {}, {}, {}, {}, {}});
+    const auto any = [&](std::size_t end) { return random() % end; };
+    int readable = 0;
+    constexpr int copies = 2000;
+    for (int copy = 0; copy < copies; ++copy) {
       Bytes changed = whole;
-      changed[at] = changed[at + 1] = byte;
+      const auto put = [&](std::size_t at, std::size_t number) {
+        changed[at] = static_cast<std::byte>(number);
+        changed[at + 1] = static_cast<std::byte>(number >> 8);
+      };
+      // Every word in turn claims to be nothing, huge or something else, in every second copy
+      // alone.
+      const std::size_t claims[] = {0, 0xFFFF, 0x7FFE, any(length)};
+      const std::size_t words = length / 2;
+      const auto number = static_cast<std::size_t>(copy);
+      put(start + number % words * 2, claims[number / words % std::size(claims)]);
+      for (std::size_t more = any(4) * any(2); more > 0; --more) {
+        switch (any(3)) {
+          case 0:
+            changed[start + any(length)] ^= std::byte{1} << any(8);
+            break;
+          case 1: {  // blocks in the wrong place, which hold others or themselves
+            const std::size_t size = any(length / 2);
+            std::copy_n(whole.begin() + static_cast<std::ptrdiff_t>(start + any(length - size)),
+                        size,
+                        changed.begin() + static_cast<std::ptrdiff_t>(start + any(length - size)));
+            break;
+          }
+          case 2:  // the end is missing
+            put(directory, any(length));
+        }
+      }
       Write(broken, changed);
-      EXPECT_LT(company(broken).size(), length) << at;
+      // By turns as the pages look into it and as it is read whole.
+      TFileInfo info;
+      ModuleFacts shown;
+      if (copy % 2 == 0) {
+        shown = GetModuleFacts(*shell, broken);
+      } else if (ReadFileInfo(*shell, broken, info, L"WOW Version")) {
+        shown = {info.FileDescription, info.CompanyName};
+      }
+      readable += shown.description == facts.description;
+      for (const auto& text :
+           {shown.description, shown.publisher, info.FileVersion, info.ExtraValue}) {
+        EXPECT_LT(text.size(), length) << seed << ' ' << copy;
+      }
     }
+    EXPECT_GT(readable, copies / 10);
+    EXPECT_LT(readable, copies - copies / 10);
+    // A file that ends in the middle of the resource, and the whole one.
+    Write(broken, std::span(whole).first(start + length / 2));
+    EXPECT_EQ(GetModuleFacts(*shell, broken).publisher, L"Unknown");
+    Write(broken, whole);
+    EXPECT_EQ(GetModuleFacts(*shell, broken).description, facts.description);
+    EXPECT_EQ(GetModuleFacts(*shell, broken).publisher, facts.publisher);
   }
-  // A file that ends in the middle of the resource.
-  Write(broken, std::span(whole).first(start + length / 2));
-  EXPECT_EQ(company(broken), L"Unknown");
 }
 
 TEST_F(SystemTest, UnregistersByTheFullPathAndPassesByWhatIsNoLibrary) {

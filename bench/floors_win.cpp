@@ -291,7 +291,7 @@ BareList::BareList() : images_(ImageList_Create(16, 16, ILC_COLOR32 | ILC_MASK, 
       WS_CHILD | WS_VISIBLE | LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS | LVS_OWNERDATA;
   list_ = CreateWindowExW(0, WC_LISTVIEWW, L"", style, 0, 0, 600, 400, window_, nullptr, nullptr,
                           nullptr);
-  SendMessageW(list_, LVM_SETEXTENDEDLISTVIEWSTYLE, 0, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER);
+  SendMessageW(list_, LVM_SETEXTENDEDLISTVIEWSTYLE, 0, LVS_EX_FULLROWSELECT);
   LVCOLUMNW column{};
   column.mask = LVCF_WIDTH;
   column.cx = 180;

@@ -141,7 +141,7 @@ TEST_F(Endurance, LongUseLeavesNothingBehind) {
     const HMENU menu = CreateMenu();
     const Holdings after = HeldBy(GetCurrentProcess());
     DestroyMenu(menu);
-    for (const std::size_t kind : {0, 1, 2}) EXPECT_EQ(after[kind], before[kind] + 1) << kind;
+    for (const std::size_t kind : {0U, 1U, 2U}) EXPECT_EQ(after[kind], before[kind] + 1) << kind;
     EXPECT_GE(after[3], before[3] + bytes.size());
   }
 

@@ -94,7 +94,7 @@ TEST_F(WindowTest, TheKeyboardReachesEverything) {
   EXPECT_EQ(PressAndTell(VK_TAB), L"Tarvelin");
   app_.Press(VK_TAB);
   app_.Press(VK_TAB);
-  for (const UINT message : {WM_KEYDOWN, WM_KEYUP}) {
+  for (const UINT message : std::initializer_list<UINT>{WM_KEYDOWN, WM_KEYUP}) {
     PostMessageW(app_.Button(L"Close"), message, VK_SPACE, 1);
   }
   EXPECT_EQ(app_.WaitForExit(), 0U);

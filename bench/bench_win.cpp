@@ -276,7 +276,7 @@ void MeasureScan(Program& program, const Scan& scan, int size) {
       "scan, shown", name, size,
       [&] {
         BareList list;
-        return floor(list.Images()) + Milliseconds([&] { list.Show(rows); });
+        return floor(list.Images()) + Milliseconds([&] { list.Show(rows, name == L"settings"); });
       },
       [&] { return scanInto(true); });
 
@@ -362,7 +362,7 @@ void MeasureSelections(Program& program) {
   };
   for (const int rows : {1000, 10000}) {
     BareList bare;
-    bare.Show(rows);
+    bare.Show(rows, false);
     Page page(program, true);
     page.list.BeginUpdate();
     for (int row = 0; row < rows; ++row) {

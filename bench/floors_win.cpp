@@ -301,7 +301,10 @@ BareList::BareList() : images_(ImageList_Create(16, 16, ILC_COLOR32 | ILC_MASK, 
   }
 }
 
-void BareList::Show(int rows) {
+void BareList::Show(int rows, bool checkBoxes) {
+  if (checkBoxes) {
+    SendMessageW(list_, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_CHECKBOXES, LVS_EX_CHECKBOXES);
+  }
   SendMessageW(list_, LVM_SETITEMCOUNT, static_cast<WPARAM>(rows), 0);
   UpdateWindow(list_);
 }

@@ -27,7 +27,8 @@ class BareList {
   ~BareList() { DestroyWindow(window_); }
   BareList(const BareList&) = delete;
   BareList& operator=(const BareList&) = delete;
-  void Show(int rows);
+  // With check boxes when the page gives each row one.
+  void Show(int rows, bool checkBoxes);
   [[nodiscard]] HWND Handle() const { return list_; }
   [[nodiscard]] HIMAGELIST Images() const { return images_.Get(); }
 

@@ -68,7 +68,7 @@ void RunProgram(HINSTANCE instance) {
   application.AddForm(main);
   application.AddForm(change);
   AttachPeers(main, context, {nullptr, kMainMinimum, kMainMaximum});
-  AttachPeers(change, context, {WindowOf(main)});
+  change.OnFirstShow = [&] { AttachPeers(change, context, {WindowOf(main)}); };
   loop.hook = [&](const MSG& message) { return ShowToDialog(application, change, message); };
   boxes.SetMainWindow(WindowOf(main));
   unique->SetMainWindow(WindowOf(main));

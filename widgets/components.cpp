@@ -311,6 +311,7 @@ void TForm::Show() {
 }
 
 void TForm::ShowModal() {
+  if (!Peer() && OnFirstShow) OnFirstShow();
   if (OnShow) OnShow();
   SetVisible(true);
   if (auto* peer = static_cast<FormPeer*>(Peer())) peer->RunModal();

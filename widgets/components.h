@@ -357,6 +357,8 @@ class TForm : public TControl {
 
   std::function<void()> OnShow;
   std::function<void()> OnClose;
+  // What gives the form its peer before it is shown first, when it has none by then.
+  std::function<void()> OnFirstShow;
 
   // Runs OnShow, then shows the window; a modal one returns when it has been closed. Without a peer
   // a modal form stays open until Close.

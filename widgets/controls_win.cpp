@@ -138,12 +138,11 @@ class LabelGraphic : public GraphicPeer<TLabel> {
  public:
   LabelGraphic(TLabel& label, const Site& site) : GraphicPeer(label, site) {}
 
-  void Draw(HDC dc) override {
+  void PaintText(HDC dc) override {
     const HFONT font = site_.context.fonts.Of(component_.Style());
     DrawTextLine(dc, font, TextColor(kBlack), component_.Caption(), LabelArea(component_, font),
                  DT_TOP);
   }
-  [[nodiscard]] bool IsText() const override { return true; }
 };
 
 class ImageGraphic : public GraphicPeer<TImage> {
@@ -156,7 +155,7 @@ class ImageGraphic : public GraphicPeer<TImage> {
     GraphicPeer::Changed(change);
   }
 
-  void Draw(HDC dc) override {
+  void PaintGround(HDC dc) override {
     const RECT area = ToRect(component_.Bounds());
     if (SchemeColors() && component_.Bounds().height == 1) {
       return Fill(dc, area, GetSysColor(COLOR_BTNSHADOW));  // a line between parts of the window
@@ -179,11 +178,47 @@ class ImageGraphic : public GraphicPeer<TImage> {
   PictureBitmap bitmap_;
 };
 
-class PanelPeer : public WindowPeer<TControl, ContainerWindow> {
+// Each window costs its part of the start, so a panel, which is always shown, has none; what it
+// holds lies in the window around it.
+class PanelGraphic : public GraphicPeer<TPanel> {
  public:
-  PanelPeer(TControl& panel, const Site& site) : WindowPeer(panel, site) {
+  PanelGraphic(TPanel& panel, const Site& site) : GraphicPeer(panel, site) {}
+
+  void Changed(Change change) override {
+    GraphicPeer::Changed(change);
+    if (change != Change::Bounds && change != Change::Color) return;
+    // The children lie elsewhere in the window now, or on another colour.
+    for (const TControl* child : component_.Controls()) {
+      if (child->Peer()) child->Peer()->Changed(change);
+    }
+  }
+
+  void PaintGround(HDC dc) override {
+    Fill(dc, ToRect(component_.Bounds()), BackgroundColor(component_.Color()));
+    Paint(dc, &Graphic::PaintGround);
+  }
+  void PaintText(HDC dc) override { Paint(dc, &Graphic::PaintText); }
+
+ private:
+  void Paint(HDC dc, void (Graphic::*layer)(HDC)) {
+    POINT former{};
+    OffsetViewportOrgEx(dc, component_.Bounds().left, component_.Bounds().top, &former);
+    PaintChildren(component_, dc, layer);
+    SetViewportOrgEx(dc, former.x, former.y, nullptr);
+  }
+};
+
+// A container whose children stand before and behind each other, or are shown and hidden together.
+class ContainerPeer : public WindowPeer<TControl, ContainerWindow> {
+ public:
+  ContainerPeer(TControl& container, const Site& site) : WindowPeer(container, site) {
+    if (container.Visible()) CreateContainer();
+  }
+
+ protected:
+  void CreateContainer() override {
     CreateOwn(
-        {L"TarvelinPanel", WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, WS_EX_CONTROLPARENT});
+        {L"TarvelinContainer", WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, WS_EX_CONTROLPARENT});
   }
 };
 
@@ -192,8 +227,8 @@ class PanelPeer : public WindowPeer<TControl, ContainerWindow> {
 std::unique_ptr<ControlPeer> MakeControlPeer(TControl& control, const Site& site) {
   const auto* label = dynamic_cast<const TLabel*>(&control);
   if (label && label->namesNext) return MakePeerIf<StaticPeer>(control, site);
-  return MakePeerOf<ButtonPeer, CheckBoxPeer, EditPeer, LabelGraphic, ImageGraphic, PanelPeer>(
-      control, site);
+  return MakePeerOf<ButtonPeer, CheckBoxPeer, EditPeer, LabelGraphic, ImageGraphic, PanelGraphic,
+                    ContainerPeer>(control, site);
 }
 
 }  // namespace tarvelin

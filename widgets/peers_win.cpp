@@ -27,9 +27,8 @@ void AttachChildren(const TControl& parent, const Site& site) {
       }
     }
     auto* inner = dynamic_cast<ContainerWindow*>(control->Peer());
-    if (!inner) continue;
-    const Site within{site.context, site.form, inner};
-    if (control->Visible()) {
+    const Site within{site.context, site.form, inner ? inner : site.parent};
+    if (!inner || control->Visible()) {
       AttachChildren(*control, within);
     } else {
       inner->FillWhenShown([control, within] { AttachChildren(*control, within); });
@@ -44,7 +43,12 @@ void AttachPeers(TForm& form, PeerContext& context, const FormFrame& frame) {
   auto peer = std::make_unique<FormWindow>(form, context, frame);
   FormWindow& window = *peer;
   form.SetPeer(std::move(peer));
-  AttachChildren(form, {context, window, &window});
+  try {
+    AttachChildren(form, {context, window, &window});
+  } catch (const std::exception&) {
+    form.SetPeer(nullptr);
+    throw;
+  }
 }
 
 }  // namespace tarvelin

@@ -42,12 +42,16 @@ HWND Subject(UINT message, LPARAM lParam) {
   }
 }
 
-// Draws the pictures or the texts that lie on a control.
-void DrawChildren(const TControl& control, HDC dc, bool text) {
-  for (const TControl* child : control.Controls()) {
-    auto* graphic = dynamic_cast<Graphic*>(child->Peer());
-    if (graphic && child->Visible() && graphic->IsText() == text) graphic->Draw(dc);
+// How far the container of a control lies from the corner of the window that holds both.
+POINT Origin(const TControl& control) {
+  POINT origin{};
+  const TControl* container = control.Parent();
+  while (container && dynamic_cast<const Graphic*>(container->Peer())) {
+    origin.x += container->Bounds().left;
+    origin.y += container->Bounds().top;
+    container = container->Parent();
   }
+  return origin;
 }
 
 // Whether a message asks for something, as those of mouse and keyboard do.
@@ -80,8 +84,15 @@ void Window::Unlink() {
   handle_ = nullptr;
 }
 
+RECT Window::Place() const {
+  RECT place = WindowBounds();
+  const POINT origin = Origin(control_);
+  OffsetRect(&place, origin.x, origin.y);
+  return place;
+}
+
 void Window::Create(const Creation& creation, void* parameter) {
-  const RECT bounds = WindowBounds();
+  const RECT bounds = Place();
   const bool child = (creation.style & WS_CHILD) != 0;
   const DWORD state =
       (child && control_.Visible() ? WS_VISIBLE : 0) | (control_.Enabled() ? 0 : WS_DISABLED);
@@ -138,6 +149,8 @@ LRESULT Window::Receive(UINT message, WPARAM wParam, LPARAM lParam) {
     Unlink();
     return result;
   }
+  // Windows would take its time for each of thirty windows to paint no frame.
+  if (message == WM_NCPAINT && !HasFrame()) return 0;
   if (IsInput(message) && !TakesInput()) return 0;
   if (const HWND child = Subject(message, lParam)) {
     const auto window = site_.context.windows.find(child);
@@ -163,6 +176,14 @@ bool Window::TakesInput() const {
   return !site_.context.commands.Busy() && IsWindowEnabled(GetAncestor(handle_, GA_ROOT));
 }
 
+bool Window::HasFrame() const {
+  RECT window{};
+  RECT client{};
+  GetWindowRect(handle_, &window);
+  GetClientRect(handle_, &client);
+  return window.right - window.left != client.right || window.bottom - window.top != client.bottom;
+}
+
 LRESULT Window::Process(UINT message, WPARAM wParam, LPARAM lParam) {
   return Default(message, wParam, lParam);
 }
@@ -178,7 +199,7 @@ void Window::Apply(Change change) {
   if (!handle_) return;
   switch (change) {
     case Change::Bounds: {
-      const RECT bounds = WindowBounds();
+      const RECT bounds = Place();
       SetWindowPos(handle_, nullptr, bounds.left, bounds.top, bounds.right - bounds.left,
                    bounds.bottom - bounds.top, SWP_NOZORDER | SWP_NOACTIVATE);
       break;
@@ -218,14 +239,14 @@ LRESULT ContainerWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_PAINT: {
       const PaintGuard paint(Handle());
       PaintGround(BufferedDc(paint.Get(), paint.Area()).Get(), paint.Area());
-      PaintText(paint.Get());
+      PaintChildren(control_, paint.Get(), &Graphic::PaintText);
       return 0;
     }
     case WM_PRINTCLIENT: {
       RECT area{};
       GetClientRect(Handle(), &area);
       PaintGround(reinterpret_cast<HDC>(wParam), area);
-      PaintText(reinterpret_cast<HDC>(wParam));
+      PaintChildren(control_, reinterpret_cast<HDC>(wParam), &Graphic::PaintText);
       return 0;
     }
     case WM_SETFOCUS:
@@ -235,7 +256,9 @@ LRESULT ContainerWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_CTLCOLORBTN:
     case WM_CTLCOLORSTATIC: {
       const auto dc = reinterpret_cast<HDC>(wParam);
-      const COLORREF background = BackgroundColor(control_.Color());
+      const auto child = site_.context.windows.find(reinterpret_cast<HWND>(lParam));
+      const COLORREF background = BackgroundColor(
+          child == site_.context.windows.end() ? control_.Color() : child->second->GroundColor());
       SetTextColor(dc, TextColor(kBlack));
       SetBkColor(dc, background);
       SetDCBrushColor(dc, background);
@@ -247,7 +270,18 @@ LRESULT ContainerWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void ContainerWindow::Apply(Change change) {
-  if (change == Change::Visible && control_.Visible() && fill_) std::exchange(fill_, nullptr)();
+  if (change == Change::Visible && control_.Visible() && fill_) {
+    auto fill = std::exchange(fill_, nullptr);
+    try {
+      CreateContainer();
+      fill();
+    } catch (const std::exception&) {
+      fill_ = std::move(fill);
+      if (Handle()) DestroyWindow(Handle());
+      control_.SetVisible(false);
+      throw;
+    }
+  }
   Window::Apply(change);
   // Children show the colour too.
   if (change == Change::Color && Handle()) {
@@ -257,10 +291,15 @@ void ContainerWindow::Apply(Change change) {
 
 void ContainerWindow::PaintGround(HDC dc, const RECT& area) {
   Fill(dc, area, BackgroundColor(control_.Color()));
-  DrawChildren(control_, dc, false);
+  PaintChildren(control_, dc, &Graphic::PaintGround);
 }
 
-void ContainerWindow::PaintText(HDC dc) { DrawChildren(control_, dc, true); }
+void PaintChildren(const TControl& control, HDC dc, void (Graphic::*layer)(HDC)) {
+  for (const TControl* child : control.Controls()) {
+    auto* graphic = dynamic_cast<Graphic*>(child->Peer());
+    if (graphic && child->Visible()) (graphic->*layer)(dc);
+  }
+}
 
 HWND WindowOf(const TControl& control) {
   const auto* window = dynamic_cast<const Window*>(control.Peer());

@@ -50,6 +50,8 @@ class Window {
   [[nodiscard]] HWND Handle() const { return handle_; }
   // The window that takes the keyboard focus for the control.
   [[nodiscard]] virtual HWND FocusHandle() const { return handle_; }
+  // The colour of the container that the control lies on.
+  [[nodiscard]] TColor GroundColor() const { return control_.Parent()->Color(); }
 
  protected:
   // What a new window needs; its place, text and state are the control's.
@@ -93,42 +95,50 @@ class Window {
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
   LRESULT Receive(UINT message, WPARAM wParam, LPARAM lParam);
   [[nodiscard]] bool TakesInput() const;
+  [[nodiscard]] bool HasFrame() const;  // or scroll bars
   void Create(const Creation& creation, void* parameter);
+  [[nodiscard]] RECT Place() const;  // within the parent window
   void Unlink();
 
   HWND handle_ = nullptr;
   WNDPROC former_ = nullptr;  // of a system class
 };
 
+// A control without a window of its own, painted by the window that it lies in: first what is no
+// text, then the text above it.
+class Graphic {
+ public:
+  virtual ~Graphic() = default;
+  // Each paints in the coordinates of the control's parent.
+  virtual void PaintGround(HDC) {}
+  virtual void PaintText(HDC) {}
+};
+
+// Paints one layer of the graphics in a container, in the order of their creation.
+void PaintChildren(const TControl& control, HDC dc, void (Graphic::*layer)(HDC));
+
 // A window that holds other controls. It paints its background and the controls that have no window
-// of their own, pictures first, in the order of their creation.
+// of their own.
 class ContainerWindow : public Window {
  public:
   // Something painted here changed.
   virtual void GraphicChanged() { Invalidate(); }
-  // What creates the controls in a window that is hidden so far, once it is shown: most pages are
-  // never visited.
+  // What creates the controls in this window, which has yet to be created itself, once it is shown:
+  // most pages are never visited. When Windows refuses one of these windows all of them go, the
+  // control is hidden again, and the next attempt to show it begins anew.
   void FillWhenShown(std::function<void()> fill) { fill_ = std::move(fill); }
 
  protected:
   using Window::Window;
+  // Creates the window of a container that may be hidden when its peer is made.
+  virtual void CreateContainer() {}
   LRESULT Process(UINT message, WPARAM wParam, LPARAM lParam) override;
   void Apply(Change change) override;
 
  private:
   void PaintGround(HDC dc, const RECT& area);
-  void PaintText(HDC dc);
 
   std::function<void()> fill_;
-};
-
-// A control without a window of its own.
-class Graphic {
- public:
-  virtual ~Graphic() = default;
-  virtual void Draw(HDC dc) = 0;
-  // Text stands above all pictures.
-  [[nodiscard]] virtual bool IsText() const { return false; }
 };
 
 // Joins a window with its component and the interface through which that speaks to it.

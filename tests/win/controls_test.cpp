@@ -259,14 +259,53 @@ TEST_F(PeersTest, TakeTheColorsOfASchemeThatIsNotBlackOnWhite) {
   AttachPeers(*driver.form, context_, {});
   SetSysColors(6, kParts, kScheme);
   const TGroup& group = *driver.Find<TGroupBar>(L"RzGroupBar").Groups()[0];
-  const TControl* const controls[] = {&driver.Find<TPanel>(L"Panel_Top"), group.Items()[0],
-                                      group.HeaderImage()};
+  const TControl* const controls[] = {driver.form.get(), group.Items()[0], group.HeaderImage()};
   for (int control = 0; control < 3; ++control) {
     const auto painted = Painted(*controls[control]);
     EXPECT_GT(std::ranges::count(painted, kScheme[2 * control]), painted.size() * 7 / 10);
     EXPECT_GT(std::ranges::count(painted, kScheme[2 * control + 1]), 10) << control;
   }
   SetSysColors(6, kParts, former);
+  driver.form->SetPeer(nullptr);
+}
+
+int g_granted = 0;  // windows that may be created before one is refused
+
+LRESULT CALLBACK RefuseOne(int code, WPARAM wParam, LPARAM lParam) {
+  if (code == HCBT_CREATEWND && g_granted-- == 0) return 1;
+  return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+TEST_F(PeersTest, APageAndADialogWhoseWindowsWereRefusedCanStillBeShown) {
+  FormDriver driver;
+  driver.Start();
+  AttachPeers(*driver.form, context_, {});
+  driver.change->OnFirstShow = [&] { AttachPeers(*driver.change, context_, {}); };
+  driver.Visit(L"IE Settings");
+  driver.List(L"lvHijack").SetSelectedIndex(0);
+  const TListView& list = driver.List(L"lvBHO");
+  auto& boxes = driver.world.boxes;
+  boxes.answers.assign(40, 0);
+  const HHOOK hook = SetWindowsHookExW(WH_CBT, RefuseOne, nullptr, GetCurrentThreadId());
+  for (int granted = 0; granted < 5; ++granted) {
+    g_granted = granted;
+    driver.Press(L"Button_Modify");
+    EXPECT_FALSE(driver.change->Peer());
+    EXPECT_EQ(boxes.shown.size(), 1U) << granted;
+    boxes.shown.clear();
+  }
+  int refused = -1;
+  do {
+    boxes.shown.clear();
+    g_granted = ++refused;
+    driver.Visit(L"IE BHOs");
+    EXPECT_EQ(WindowOf(list) != nullptr, boxes.shown.empty()) << refused;
+  } while (!boxes.shown.empty());
+  UnhookWindowsHookEx(hook);
+  EXPECT_GE(refused, 4) << "of the page, its list and its buttons";
+  int windows = 0;
+  for (HWND page = GetParent(WindowOf(list)); page; page = GetWindow(page, GW_HWNDNEXT)) ++windows;
+  EXPECT_EQ(windows, 3) << "the pages shown so far";
   driver.form->SetPeer(nullptr);
 }
 

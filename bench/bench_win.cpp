@@ -425,19 +425,29 @@ UniqueKernelObject Start(std::wstring command, HANDLE output) {
 }
 
 struct Shown {
-  HWND list;
   int rows;
+  bool filled;
+  bool painted;
 };
 
-BOOL CALLBACK FindFilledList(HWND window, LPARAM parameter) {
+BOOL CALLBACK LookAt(HWND window, LPARAM parameter) {
+  if (!IsWindowVisible(window)) return TRUE;
+  auto& shown = *reinterpret_cast<Shown*>(parameter);
   wchar_t name[32]{};
   GetClassNameW(window, name, 32);
-  auto& shown = *reinterpret_cast<Shown*>(parameter);
-  if (std::wstring(name) != WC_LISTVIEWW || !IsWindowVisible(window)) return TRUE;
-  // The program answers only when it handles messages again, which is after the scan.
-  if (SendMessageW(window, LVM_GETITEMCOUNT, 0, 0) != shown.rows) return TRUE;
-  shown.list = window;
-  return FALSE;
+  if (std::wstring(name) == WC_LISTVIEWW) {
+    shown.filled |= SendMessageW(window, LVM_GETITEMCOUNT, 0, 0) == shown.rows;
+  }
+  shown.painted &= !GetUpdateRect(window, nullptr, FALSE);
+  return TRUE;
+}
+
+// Whether a window is shown with that many rows in a list, and nothing of it waits to be painted.
+bool IsShown(HWND window, int rows) {
+  if (!window || !IsWindowVisible(window)) return false;
+  Shown shown{rows, false, !GetUpdateRect(window, nullptr, FALSE)};
+  EnumChildWindows(window, LookAt, reinterpret_cast<LPARAM>(&shown));
+  return shown.filled && shown.painted;
 }
 
 struct Started {
@@ -451,16 +461,13 @@ Started StartWindow(const std::wstring& program, const wchar_t* windowClass, int
   HWND window = nullptr;
   const double taken = Milliseconds([&] {
     process = Start(L"\"" + program + L"\"", nullptr);
-    Shown shown{nullptr, rows};
-    for (int tries = 0; !shown.list; ++tries) {
+    // It waits for input once everything is painted. Asking it before would make it slower, and
+    // the more so the more windows it has.
+    WaitForInputIdle(process.Get(), 20000);
+    for (int tries = 0; !IsShown(window = FindWindowW(windowClass, nullptr), rows); ++tries) {
       Require(tries < 20000, "the list does not appear");
       Sleep(1);
-      window = FindWindowW(windowClass, nullptr);
-      if (window && IsWindowVisible(window)) {
-        EnumChildWindows(window, FindFilledList, reinterpret_cast<LPARAM>(&shown));
-      }
     }
-    RedrawWindow(window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
   });
   PROCESS_MEMORY_COUNTERS_EX memory{};
   GetProcessMemoryInfo(process.Get(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory),

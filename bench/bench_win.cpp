@@ -272,11 +272,20 @@ void MeasureScan(Program& program, const Scan& scan, int size) {
   };
   Pairs(
       "scan", name, size, [&] { return floor(nullptr); }, [&] { return scanInto(false); });
+  Page filled(program, false);
+  scan.run(program, filled);
+  const CellText cell = [&](int row, int column) -> std::wstring_view {
+    const TListItem& item = filled.list.Item(row);
+    const auto subItem = static_cast<std::size_t>(column);
+    if (subItem == 0) return item.caption;
+    return subItem <= item.subItems.size() ? item.subItems[subItem - 1] : std::wstring_view{};
+  };
   Pairs(
       "scan, shown", name, size,
       [&] {
         BareList list;
-        return floor(list.Images()) + Milliseconds([&] { list.Show(rows, name == L"settings"); });
+        return floor(list.Images()) +
+               Milliseconds([&] { list.Show(rows, filled.list.CheckBoxes(), cell); });
       },
       [&] { return scanInto(true); });
 
@@ -362,7 +371,7 @@ void MeasureSelections(Program& program) {
   };
   for (const int rows : {1000, 10000}) {
     BareList bare;
-    bare.Show(rows, false);
+    bare.Show(rows, false, [](int, int) { return L"A text"; });
     Page page(program, true);
     page.list.BeginUpdate();
     for (int row = 0; row < rows; ++row) {

@@ -251,8 +251,14 @@ int SendToFloor(HIMAGELIST images) {
 
 LRESULT CALLBACK BareWindow(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_NOTIFY && reinterpret_cast<NMHDR*>(lParam)->code == LVN_GETDISPINFOW) {
-    static wchar_t text[] = L"A text of a row";
-    reinterpret_cast<NMLVDISPINFOW*>(lParam)->item.pszText = text;
+    LVITEMW& item = reinterpret_cast<NMLVDISPINFOW*>(lParam)->item;
+    const auto* text = reinterpret_cast<const CellText*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    if (item.mask & LVIF_STATE) item.state = INDEXTOSTATEIMAGEMASK(1);
+    if ((item.mask & LVIF_TEXT) && text) {
+      const auto room = static_cast<std::size_t>(item.cchTextMax) - 1;
+      item.pszText[(*text)(item.iItem, item.iSubItem).copy(item.pszText, room)] = L'\0';
+    }
+    return 0;
   }
   return DefWindowProcW(window, message, wParam, lParam);
 }
@@ -301,12 +307,15 @@ BareList::BareList() : images_(ImageList_Create(16, 16, ILC_COLOR32 | ILC_MASK, 
   }
 }
 
-void BareList::Show(int rows, bool checkBoxes) {
+void BareList::Show(int rows, bool checkBoxes, const CellText& text) {
+  SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(&text));
   if (checkBoxes) {
+    SendMessageW(list_, LVM_SETCALLBACKMASK, LVIS_STATEIMAGEMASK, 0);
     SendMessageW(list_, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_CHECKBOXES, LVS_EX_CHECKBOXES);
   }
   SendMessageW(list_, LVM_SETITEMCOUNT, static_cast<WPARAM>(rows), 0);
   UpdateWindow(list_);
+  SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
 }
 
 }  // namespace tarvelin::bench

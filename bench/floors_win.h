@@ -6,7 +6,9 @@
 // After windows.h, on which it depends.
 #include <commctrl.h>
 
+#include <functional>
 #include <string>
+#include <string_view>
 
 #include "common/handles_win.h"
 
@@ -20,6 +22,8 @@ inline constexpr int kFiles = 50;  // icons and modules that the entries share, 
 // that is null. Returns how many entries passed, so that a seed that does not fit is noticed.
 int ScanFloor(const std::wstring& scan, HIMAGELIST images);
 
+using CellText = std::function<std::wstring_view(int row, int column)>;
+
 // A shown window with a list that asks for the texts of the rows that are to be seen.
 class BareList {
  public:
@@ -27,8 +31,9 @@ class BareList {
   ~BareList() { DestroyWindow(window_); }
   BareList(const BareList&) = delete;
   BareList& operator=(const BareList&) = delete;
-  // With check boxes when the page gives each row one.
-  void Show(int rows, bool checkBoxes);
+  // The texts are those that the page shows, since drawing takes the longer the longer they are;
+  // with empty check boxes when the page gives each row one.
+  void Show(int rows, bool checkBoxes, const CellText& text);
   [[nodiscard]] HWND Handle() const { return list_; }
   [[nodiscard]] HIMAGELIST Images() const { return images_.Get(); }
 

@@ -313,7 +313,7 @@ void TFormMain::lvToolSelectItem() {
 void TFormMain::lvHijackItemChecked() {
   const TListView& list = lvHijack();
   int index = 0;
-  while (index < list.Count() && !list.Item(index).checked) ++index;
+  while (index < list.Count() && !list.Checked(index)) ++index;
   Button(Page::Settings, ButtonRole::Restore).SetEnabled(index < list.Count());
 }
 

@@ -40,7 +40,7 @@ void TFormMain::RemoveSelected(Page page, const std::function<Removal(const Reco
   if (!record) return;
   const std::wstring question =
       FormatMessageText(Message(messages::kRemoveWarning) + L"?",
-                        ShortenedName(list.Item(list.IndexOf(*record)).caption));
+                        ShortenedName(list.CellText(list.IndexOf(*record), 0)));
   if (platform_.boxes.Show(question, Message(messages::kWarning), kBoxYesNoQuestion) !=
       kAnswerYes) {
     return;

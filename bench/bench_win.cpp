@@ -211,7 +211,7 @@ void AddTextBytes(double& bytes, const std::wstring& text) {
 double TextBytes(const TListView& list) {
   double bytes = 0;
   for (int row = 0; row < list.Count(); ++row) {
-    const TListItem& item = list.Item(row);
+    const TListItem item = list.Item(row);
     AddTextBytes(bytes, item.caption);
     for (const std::wstring& text : item.subItems) AddTextBytes(bytes, text);
     if (const auto addOn = list.Data<TIESec>(row)) {
@@ -275,10 +275,7 @@ void MeasureScan(Program& program, const Scan& scan, int size) {
   Page filled(program, false);
   scan.run(program, filled);
   const CellText cell = [&](int row, int column) -> std::wstring_view {
-    const TListItem& item = filled.list.Item(row);
-    const auto subItem = static_cast<std::size_t>(column);
-    if (subItem == 0) return item.caption;
-    return subItem <= item.subItems.size() ? item.subItems[subItem - 1] : std::wstring_view{};
+    return filled.list.CellText(row, static_cast<std::size_t>(column));
   };
   Pairs(
       "scan, shown", name, size,

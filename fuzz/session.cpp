@@ -130,7 +130,7 @@ Session::Account Session::Expect(const Command& command) {
       if (!command.agree || !driver.Enabled(L"Button_Restore")) break;
       for (int row = 0; row < list.Count(); ++row) {
         const auto setting = list.Data<TIESec>(row);
-        if (list.Item(row).checked) ExpectWriting(*setting, setting->DefaultValue, account);
+        if (list.Checked(row)) ExpectWriting(*setting, setting->DefaultValue, account);
       }
       break;
     }
@@ -284,7 +284,7 @@ void Session::Perform(const Command& command) {
           all.SetChecked(!all.Checked());
         } else {
           const int row = command.row % list.Count();
-          list.SetChecked(row, !list.Item(row).checked);
+          list.SetChecked(row, !list.Checked(row));
         }
       });
       break;

@@ -53,7 +53,7 @@ int RestoreCheckedSettings(RegistryBackend& registry, TListView& list) {
   int written = 0;
   for (int index = 0; index < list.Count(); ++index) {
     const auto record = list.Data<TIESec>(index);
-    if (!record || !list.Item(index).checked) continue;
+    if (!record || !list.Checked(index)) continue;
     try {
       if (!WriteSetting(registry, *record, record->DefaultValue)) continue;
       list.SetSubItem(index, 0, record->DefaultValue);

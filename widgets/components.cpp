@@ -145,6 +145,36 @@ void TImageList::SetPeer(std::unique_ptr<ImageListPeer> peer) {
   pictures_.clear();
 }
 
+namespace {
+
+constexpr unsigned kLengthBits = 15;  // that one character holds wherever the program is built
+
+std::wstring Packed(const TListItem& item) {
+  std::size_t size = item.caption.size() + 2;
+  for (const std::wstring& text : item.subItems) size += text.size() + 2;
+  std::wstring packed;
+  packed.reserve(size);
+  const auto append = [&](const std::wstring& text) {
+    packed += static_cast<wchar_t>(text.size() >> kLengthBits);
+    packed += static_cast<wchar_t>(text.size() & ((1U << kLengthBits) - 1));
+    packed += text;
+  };
+  append(item.caption);
+  for (const std::wstring& text : item.subItems) append(text);
+  return packed;
+}
+
+// Takes the first text from packed ones.
+std::wstring_view TakeText(std::wstring_view& packed) {
+  const std::size_t length =
+      static_cast<std::size_t>(packed[0]) << kLengthBits | static_cast<std::size_t>(packed[1]);
+  const std::wstring_view text = packed.substr(2, length);
+  packed.remove_prefix(2 + length);
+  return text;
+}
+
+}  // namespace
+
 TListView::TListView(std::wstring name, TControl* parent, TRect bounds,
                      std::vector<TListColumn> columns)
     : TControl(std::move(name), parent, bounds), columns_(std::move(columns)) {}
@@ -154,23 +184,34 @@ ListViewPeer& TListView::ListPeer() const {
   return Peer() ? static_cast<ListViewPeer&>(*Peer()) : none;
 }
 
-TListItem& TListView::At(int index) {
+const TListView::Row& TListView::At(int index) const {
   if (index < 0 || index >= Count()) throw std::out_of_range("list index");
-  return items_[static_cast<std::size_t>(index)];
+  return rows_[static_cast<std::size_t>(index)];
 }
 
-const TListItem& TListView::Item(int index) const {
-  return const_cast<TListView*>(this)->At(index);
+TListItem TListView::Item(int index) const {
+  const Row& row = At(index);
+  TListItem item{{}, {}, row.imageIndex, row.checked, row.data};
+  std::wstring_view texts = row.texts;
+  item.caption = TakeText(texts);
+  while (!texts.empty()) item.subItems.emplace_back(TakeText(texts));
+  return item;
+}
+
+std::wstring_view TListView::CellText(int index, std::size_t column) const {
+  std::wstring_view texts = At(index).texts;
+  for (; column > 0 && !texts.empty(); --column) TakeText(texts);
+  return texts.empty() ? texts : TakeText(texts);
 }
 
 int TListView::IndexOf(const TRecord& record) const {
-  const auto row = std::ranges::find_if(
-      items_, [&](const TListItem& item) { return item.data.get() == &record; });
-  return row == items_.end() ? -1 : static_cast<int>(row - items_.begin());
+  const auto row =
+      std::ranges::find_if(rows_, [&](const Row& item) { return item.data.get() == &record; });
+  return row == rows_.end() ? -1 : static_cast<int>(row - rows_.begin());
 }
 
 std::wstring TListView::CopyOf(int index) const {
-  const TListItem& row = Item(index);
+  const TListItem row = Item(index);
   std::vector<std::wstring> cells{row.caption};
   cells.insert(cells.end(), row.subItems.begin(), row.subItems.end());
   cells.resize(columns_.size());
@@ -204,7 +245,7 @@ void TListView::SetColumnWidth(std::size_t column, int width) {
 int TListView::ClientWidth() { return ListPeer().ClientWidth(Bounds().width); }
 
 int TListView::Add(TListItem item) {
-  items_.push_back(std::move(item));
+  rows_.push_back({Packed(item), item.imageIndex, item.checked, std::move(item.data)});
   if (!Updating()) ListPeer().RowsAdded();
   return Count() - 1;
 }
@@ -216,21 +257,22 @@ void TListView::Delete(int index) {
   } else if (selected_ > index) {
     --selected_;
   }
-  items_.erase(items_.begin() + index);
+  rows_.erase(rows_.begin() + index);
   ListPeer().RowDeleted(index);
 }
 
 void TListView::SetSubItem(int index, std::size_t subItem, std::wstring_view text) {
-  auto& subItems = At(index).subItems;
-  if (subItems.size() <= subItem) subItems.resize(subItem + 1);
-  subItems[subItem] = text;
+  TListItem item = Item(index);
+  if (item.subItems.size() <= subItem) item.subItems.resize(subItem + 1);
+  item.subItems[subItem] = text;
+  At(index).texts = Packed(item);
   ListPeer().RowChanged(index);
 }
 
 void TListView::SetChecked(int index, bool checked) {
-  TListItem& item = At(index);
-  if (item.checked == checked) return;
-  item.checked = checked;
+  Row& row = At(index);
+  if (row.checked == checked) return;
+  row.checked = checked;
   ListPeer().CheckChanged(index);
   if (OnItemChecked) OnItemChecked();
 }
@@ -238,7 +280,7 @@ void TListView::SetChecked(int index, bool checked) {
 int TListView::FindCaption(std::wstring_view text, int start) const {
   for (int step = 0; step < Count(); ++step) {
     const int index = (std::max(start, 0) + step) % Count();
-    if (SameText(std::wstring_view(Item(index).caption).substr(0, text.size()), text)) return index;
+    if (SameText(CellText(index, 0).substr(0, text.size()), text)) return index;
   }
   return -1;
 }

@@ -287,12 +287,16 @@ class TListView : public TControl {
   void SetColumnWidth(std::size_t column, int width);
   [[nodiscard]] int ClientWidth();
 
-  [[nodiscard]] int Count() const { return static_cast<int>(items_.size()); }
-  [[nodiscard]] const TListItem& Item(int index) const;
+  [[nodiscard]] int Count() const { return static_cast<int>(rows_.size()); }
+  [[nodiscard]] TListItem Item(int index) const;
+  // The text in a column of a row, valid until the row changes; empty where it has none.
+  [[nodiscard]] std::wstring_view CellText(int index, std::size_t column) const;
+  [[nodiscard]] bool Checked(int index) const { return At(index).checked; }
+  [[nodiscard]] int ImageIndex(int index) const { return At(index).imageIndex; }
   // The record of a row as the kind that its page attaches; null when it has none.
   template <typename Record>
   [[nodiscard]] std::shared_ptr<Record> Data(int index) const {
-    return std::dynamic_pointer_cast<Record>(Item(index).data);
+    return std::dynamic_pointer_cast<Record>(At(index).data);
   }
   // A row as text, with a tab between the columns and what its record adds to them.
   [[nodiscard]] std::wstring CopyOf(int index) const;
@@ -335,11 +339,20 @@ class TListView : public TControl {
   std::function<std::vector<TMenuItem>()> OnMenu;  // the menu of the selected row, or of the list
 
  private:
-  [[nodiscard]] TListItem& At(int index);
+  // An item with its texts in one piece, since on a long page what each string costs beside its
+  // characters would be most of the memory: before each text stands its length in two characters.
+  struct Row {
+    std::wstring texts;
+    int imageIndex;
+    bool checked;
+    std::shared_ptr<TRecord> data;
+  };
+  [[nodiscard]] const Row& At(int index) const;
+  [[nodiscard]] Row& At(int index) { return const_cast<Row&>(std::as_const(*this).At(index)); }
   [[nodiscard]] ListViewPeer& ListPeer() const;
 
   std::vector<TListColumn> columns_;
-  std::deque<TListItem> items_;  // grows without room to spare and without moving
+  std::deque<Row> rows_;  // grows without room to spare and without moving
   std::wstring emptyText_;
   int selected_ = -1;
   bool checkBoxes_ = false;

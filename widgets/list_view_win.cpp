@@ -80,7 +80,6 @@ class ListPeer : public WindowPeer<TListView, Window, ListViewPeer> {
   }
   void SetState(int index, UINT state, UINT mask);
   [[nodiscard]] UINT Mark(int index) const;
-  [[nodiscard]] std::wstring_view TextAt(int row, int column) const;
   [[nodiscard]] std::wstring CutOffText(POINT at) const;
   void FillIn(LVITEMW& item) const;
   LRESULT Draw(NMLVCUSTOMDRAW& draw) const;
@@ -209,29 +208,23 @@ void ListPeer::CheckBoxesChanged() {
 
 UINT ListPeer::Mark(int index) const {
   if (!component_.CheckBoxes()) return 0;
-  return INDEXTOSTATEIMAGEMASK(component_.Item(index).checked ? kCheckedState : kUncheckedState);
-}
-
-std::wstring_view ListPeer::TextAt(int row, int column) const {
-  const TListItem& item = component_.Item(row);
-  const auto subItem = static_cast<std::size_t>(column);
-  if (subItem == 0) return item.caption;
-  return subItem <= item.subItems.size() ? item.subItems[subItem - 1] : std::wstring_view{};
+  return INDEXTOSTATEIMAGEMASK(component_.Checked(index) ? kCheckedState : kUncheckedState);
 }
 
 void ListPeer::FillIn(LVITEMW& item) const {
   // While the program changes the list the control may still ask for a row that has gone.
   const bool known = item.iItem >= 0 && item.iItem < component_.Count();
-  const TListItem* row = known ? &component_.Item(item.iItem) : nullptr;
   if (item.mask & LVIF_IMAGE) {
-    const int image = row && component_.SmallImages()
-                          ? component_.SmallImages()->StoredImage(row->imageIndex)
+    const int image = known && component_.SmallImages()
+                          ? component_.SmallImages()->StoredImage(component_.ImageIndex(item.iItem))
                           : -1;
     item.iImage = image < 0 ? I_IMAGENONE : image;
   }
-  if ((item.mask & LVIF_STATE) && row) item.state = Mark(item.iItem);
+  if ((item.mask & LVIF_STATE) && known) item.state = Mark(item.iItem);
   if ((item.mask & LVIF_TEXT) && item.pszText && item.cchTextMax > 0) {
-    const std::wstring_view text = row ? TextAt(item.iItem, item.iSubItem) : std::wstring_view{};
+    const std::wstring_view text =
+        known ? component_.CellText(item.iItem, static_cast<std::size_t>(item.iSubItem))
+              : std::wstring_view{};
     // Copied, because the buffer may be one that another program reads.
     const auto room = static_cast<std::size_t>(item.cchTextMax) - 1;
     item.pszText[text.copy(item.pszText, room)] = L'\0';
@@ -286,7 +279,7 @@ std::wstring ListPeer::CutOffText(POINT at) const {
   RECT client{};
   GetClientRect(Handle(), &client);
   const LONG margin = label ? kLabelMargin : kSubItemMargin;
-  std::wstring text(TextAt(hit.iItem, hit.iSubItem));
+  std::wstring text(component_.CellText(hit.iItem, static_cast<std::size_t>(hit.iSubItem)));
   const LONG left = place.left + margin;
   const LONG right = left + TextExtent(site_.context.fonts.Plain(), text).cx;
   if (left >= 0 && right <= std::min(place.right - margin, client.right)) text.clear();
@@ -422,7 +415,7 @@ std::optional<LRESULT> ListPeer::Reflected(UINT message, WPARAM, LPARAM lParam) 
 
 void ListPeer::Toggle(int index) {
   if (!component_.CheckBoxes() || index < 0) return;
-  Run([&] { component_.SetChecked(index, !component_.Item(index).checked); });
+  Run([&] { component_.SetChecked(index, !component_.Checked(index)); });
 }
 
 void ListPeer::Clicked(const NMITEMACTIVATE& click) {

@@ -39,6 +39,21 @@ TEST(ListView, KeepsSelectionAndRecordsThroughDeletions) {
   EXPECT_EQ(alive, 0);
 }
 
+TEST(ListView, KeepsTextsOfAnyLengthAndContent) {
+  TListView list(L"lv", nullptr, {}, {{L"Name", 100}});
+  const std::wstring hostile(L"a\0\x7FFF b", 5);
+  for (const std::size_t length : {0, 1, 32767, 32768, 100000}) {
+    const std::wstring text(length, L'x');
+    const int row = list.Add({text, {L"", text, hostile}, -1, false, nullptr});
+    list.SetSubItem(row, 4, text);
+    EXPECT_EQ(list.Item(row).caption, text);
+    EXPECT_EQ(list.Item(row).subItems, (std::vector<std::wstring>{L"", text, hostile, L"", text}));
+    EXPECT_EQ(list.CellText(row, 3), hostile);
+    EXPECT_EQ(list.CellText(row, 5), text);
+    EXPECT_EQ(list.CellText(row, 6), L"");
+  }
+}
+
 TEST(ListView, FindsACaptionByItsBeginning) {
   TListView list(L"lv", nullptr, {}, {{L"Name", 100}});
   EXPECT_EQ(list.FindCaption(L"b", 0), -1);

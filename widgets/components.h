@@ -339,8 +339,8 @@ class TListView : public TControl {
   std::function<std::vector<TMenuItem>()> OnMenu;  // the menu of the selected row, or of the list
 
  private:
-  // An item with its texts in one piece, since on a long page what each string costs beside its
-  // characters would be most of the memory: before each text stands its length in two characters.
+  // An item with its texts in one piece, before each of them its length in two characters: what
+  // each string costs beside its characters would be most of the memory of a long page.
   struct Row {
     std::wstring texts;
     int imageIndex;
@@ -370,7 +370,7 @@ class TForm : public TControl {
 
   std::function<void()> OnShow;
   std::function<void()> OnClose;
-  // What gives the form its peer before it is shown first, when it has none by then.
+  // What gives a modal form its peer, before it is shown first.
   std::function<void()> OnFirstShow;
 
   // Runs OnShow, then shows the window; a modal one returns when it has been closed. Without a peer

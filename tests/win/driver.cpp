@@ -281,11 +281,14 @@ void Program::Hold(WORD key) {
 
 void Program::AwaitKeys() {
   // The keys have been handled when this message, which comes after them and changes nothing that
-  // anybody sees, has been.
+  // anybody sees, has been; and the characters that they type, which are posted only then, when a
+  // second one has been.
   static LPARAM mark = 1000;
-  ++mark;
-  PostMessageW(List(), LVM_SETHOVERTIME, 0, mark);
-  WaitUntil([&] { return !Running(process_) || Ask(List(), LVM_GETHOVERTIME) == mark; }, L"a key");
+  for (const LPARAM last = mark + 2; mark < last && Running(process_);) {
+    PostMessageW(List(), LVM_SETHOVERTIME, 0, ++mark);
+    WaitUntil([&] { return !Running(process_) || Ask(List(), LVM_GETHOVERTIME) == mark; },
+              L"a key");
+  }
 }
 
 HWND Program::Modal() const {

@@ -13,8 +13,11 @@ fi
 
 tools/install-packages.sh build fuzz
 mkdir -p "build/fuzz/inputs/$1" "build/fuzz/found/$1"
-cmake --preset fuzz >build/fuzz.log || { cat build/fuzz.log; exit 1; }
-cmake --build --preset fuzz --target fuzz_targets
+( # one build at a time, when several hunts are started at once
+  flock 9
+  cmake --preset fuzz >build/fuzz.log || { cat build/fuzz.log; exit 1; }
+  cmake --build --preset fuzz --target fuzz_targets
+) 9>build/fuzz/lock
 # The sanitizer gives back soon what was freed: large pictures would look like a leak.
 export ASAN_OPTIONS=quarantine_size_mb=16:allocator_release_to_os_interval_ms=200
 build/fuzz/fuzz/fuzz_targets "--target=$1" -max_total_time="$2" -timeout=10 \

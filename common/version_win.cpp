@@ -15,11 +15,23 @@ namespace {
 // this, into zeros, and never past the buffer.
 constexpr std::size_t kRoomBehind = 256 * 1024;
 
+struct PagesTraits : NullHandleTraits<std::byte*> {
+  static void Close(std::byte* pages) { VirtualFree(pages, 0, MEM_RELEASE); }
+};
+using UniquePages = UniqueHandle<PagesTraits>;
+
+// Zeros from VirtualAlloc, null when memory is short. Those behind a resource cost nothing as long
+// as nobody reads them; clearing as many on the heap was a tenth of the time that a module takes.
+UniquePages Zeros(std::size_t size) {
+  return UniquePages(static_cast<std::byte*>(
+      VirtualAlloc(nullptr, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE)));
+}
+
 class WindowsVersionResource : public VersionResource {
  public:
-  // `block` has the room behind the resource.
-  WindowsVersionResource(Bytes block, decltype(&VerQueryValueW) query)
-      : block_(std::move(block)), query_(query) {}
+  // `pages` are `size` bytes, with the room behind the resource.
+  WindowsVersionResource(UniquePages pages, std::size_t size, decltype(&VerQueryValueW) query)
+      : pages_(std::move(pages)), block_(pages_.Get(), size), query_(query) {}
 
   std::optional<std::pair<std::uint16_t, std::uint16_t>> Translation() override {
     std::uint16_t words[2]{};
@@ -50,7 +62,7 @@ class WindowsVersionResource : public VersionResource {
     const auto start = reinterpret_cast<std::uintptr_t>(value);
     const auto begin = reinterpret_cast<std::uintptr_t>(block_.data());
     if (start < begin || start - begin > block_.size()) return std::nullopt;
-    const auto rest = std::span<const std::byte>(block_).subspan(start - begin);
+    const auto rest = block_.subspan(start - begin);
     return rest.first(std::min(rest.size(), length * unit));
   }
 
@@ -61,7 +73,8 @@ class WindowsVersionResource : public VersionResource {
     return true;
   }
 
-  Bytes block_;
+  UniquePages pages_;
+  std::span<const std::byte> block_;
   decltype(&VerQueryValueW) query_;
 };
 
@@ -81,10 +94,11 @@ std::unique_ptr<VersionResource> VersionLibrary::Open(const std::wstring& path) 
 
   DWORD unused = 0;
   const DWORD size = getSize(path.c_str(), &unused);
-  if (size == 0) return nullptr;
-  Bytes block(size + kRoomBehind);
-  if (!get(path.c_str(), 0, size, block.data())) return nullptr;
-  return std::make_unique<WindowsVersionResource>(std::move(block), query);
+  const std::size_t all = size + kRoomBehind;
+  if (size == 0 || all < size) return nullptr;  // a broken file may claim what no address reaches
+  UniquePages pages = Zeros(all);
+  if (!pages || !get(path.c_str(), 0, size, pages.Get())) return nullptr;
+  return std::make_unique<WindowsVersionResource>(std::move(pages), all, query);
 }
 
 }  // namespace tarvelin

@@ -238,7 +238,13 @@ LRESULT ContainerWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
       return TRUE;
     case WM_PAINT: {
       const PaintGuard paint(Handle());
-      PaintGround(BufferedDc(paint.Get(), paint.Area()).Get(), paint.Area());
+      // What was not there before cannot flicker, and the memory for a whole window takes longer to
+      // get than to paint.
+      if (!control_.Parent() && !std::exchange(painted_, true)) {
+        PaintGround(paint.Get(), paint.Area());
+      } else {
+        PaintGround(BufferedDc(paint.Get(), paint.Area()).Get(), paint.Area());
+      }
       PaintChildren(control_, paint.Get(), &Graphic::PaintText);
       return 0;
     }

@@ -139,6 +139,7 @@ class ContainerWindow : public Window {
   void PaintGround(HDC dc, const RECT& area);
 
   std::function<void()> fill_;
+  bool painted_ = false;
 };
 
 // Joins a window with its component and the interface through which that speaks to it.

@@ -168,7 +168,7 @@ def table(figures, idle):
         bare = f"{shown(floor)} ({shown(low)}-{shown(high)})"
         full = f"{shown(own)} ({shown(own_low)}-{shown(own_high)})"
         yield f"{group:20}{item:20}{size:>8,}  {bare:>30}  {full:>30}  {ratio:>6}  " \
-              f"{verdict(result, limit, idle)}"
+              f"{verdict(result, limit, idle[group, item])}"
 
 
 def curves(figures):
@@ -187,7 +187,7 @@ def growth(figures, idle):
         own = exponent([(size, program) for size, _, program in points])
         limit = GROWTH_LIMIT if group.startswith("scan") else None
         yield f"{group:20}{item:20} floor {floor:.3f}, program {own:.3f}  " \
-              f"{verdict(own, limit, idle)}"
+              f"{verdict(own, limit, idle[group, item])}"
 
 
 def portable(path):
@@ -241,17 +241,18 @@ def plot(item, series):
 
 
 def report(folder, programs):
-    figures, loads = {}, {}
+    figures, loads, idle = {}, {}, {}
     for part in PARTS:
         path = os.path.join(folder, part + ".tsv")
         if os.path.exists(path):
             of_part, loads[part] = read_pairs(path)
             figures.update(of_part)
-    idle = all(load <= IDLE for load in loads.values())
+            idle.update({key[:2]: loads[part] <= IDLE for key in of_part})
     lines = ["Load of the last minute before: " +
              ", ".join(f"{part} {load}" for part, load in loads.items()) + "."]
-    if not idle:
-        lines.append("The machine was not idle: no limit is judged, and the figures tell little.")
+    if not all(idle.values()):
+        lines.append(f"Where it was above {IDLE} the machine was not idle: no limit is judged there, "
+                     "and the figures tell little.")
     lines += ["", "Milliseconds, or bytes where the group says so", *table(figures, idle)]
     lines += ["", "Growth exponents, from the smallest to the largest size", *growth(figures, idle)]
     lines += ["", "Portable logic", *portable(os.path.join(folder, "portable.json"))]

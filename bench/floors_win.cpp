@@ -279,6 +279,9 @@ int ScanFloor(const std::wstring& scan, HIMAGELIST images) {
   if (scan == L"new") {
     for (int number = 0; number < kFiles; ++number) {
       const std::wstring file = kFolder + std::to_wstring(10 + number) + L".ico";
+      // A location may be the name of a file as a whole.
+      if (GetFileAttributesW((file + L",00").c_str()) != INVALID_FILE_ATTRIBUTES) return 0;
+      if (GetFileAttributesW(file.c_str()) == INVALID_FILE_ATTRIBUTES) return 0;
       const UniqueIcon icon(ExtractIconW(GetModuleHandleW(nullptr), file.c_str(), 0));
       if (images) ImageList_ReplaceIcon(images, -1, icon.Get());
     }

@@ -238,8 +238,8 @@ LRESULT ContainerWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
       return TRUE;
     case WM_PAINT: {
       const PaintGuard paint(Handle());
-      // What was not there before cannot flicker, and the memory for a whole window takes longer to
-      // get than to paint.
+      // What was not there before cannot flicker, and memory for all of a window takes its part of
+      // the start.
       if (!control_.Parent() && !std::exchange(painted_, true)) {
         PaintGround(paint.Get(), paint.Area());
       } else {

@@ -45,9 +45,9 @@ load() { cut -d' ' -f1 /proc/loadavg; }
 before=$(load)
 echo "== Measuring (load $before)"
 
-# A program under Wine and the server that it asks take turns. On one processor a turn takes a few
-# microseconds, on two about ten times that whenever the other one has to be woken: which of the two
-# a measurement would get is chance, and the programs would vanish behind it.
+# A program under Wine and the server that it asks take turns. With two processors the same scan took
+# from one to seven times as long, by chance, as if each turn might have to wake the other one; what
+# the program does itself vanished behind that.
 one=(taskset -c "$(taskset -cp $$ | sed 's/.*: //; s/[-,].*//')")
 
 # measure DISPLAY HIVE SEED ARGUMENT...: measures $part by running bench_win in a system of its own. Its registry is

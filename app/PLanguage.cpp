@@ -23,16 +23,16 @@ std::wstring Join(std::wstring_view a, std::wstring_view b, std::wstring_view c)
 TLanguage::TLanguage(FileSystem& files, std::wstring_view prefix, std::wstring_view folder)
     : files_(files), prefix_(prefix), folder_(folder) {
   if (folder_.ends_with(L'\\')) folder_.pop_back();
-  files_.ForEachEntry(Join(folder_, L"\\*", kExtension), [this](const std::wstring& fileName) {
+  for (const std::wstring& fileName : files_.EntryNames(Join(folder_, L"\\*", kExtension))) {
     // Windows also matches the short names that it makes up: "*.lng" finds "German.lngbak".
     const auto nameEnd = fileName.size() - std::min(fileName.size(), kExtension.size());
-    if (!SameText(std::wstring_view(fileName).substr(nameEnd), kExtension)) return;
+    if (!SameText(std::wstring_view(fileName).substr(nameEnd), kExtension)) continue;
     const std::wstring name = fileName.substr(0, nameEnd);
     names_.push_back(name);
     index_ = static_cast<int>(names_.size()) - 1;
     Load(name);
     displayNames_.push_back(ReadText(L"Main", L"DisplayName", name));
-  });
+  }
 }
 
 std::wstring TLanguage::ReadLanguageName(const std::wstring& settingsFile,

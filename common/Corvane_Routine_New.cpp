@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <optional>
+#include <utility>
 
 namespace tarvelin {
 namespace {
@@ -33,6 +34,7 @@ void ExpandToken(FileSystem& files, std::wstring& text, const std::wstring& toke
 // in, only as much goes as there would be room for at the front.
 void ReplaceSystemRoot(FileSystem& files, std::wstring& text) {
   constexpr std::wstring_view token = L"\\systemroot";
+  if (text.find(token.front()) == kNone) return;
   const auto at = LowerCase(text).find(token);
   if (at == kNone) return;
   if (at < token.size()) text.erase(at, token.size() - at);
@@ -89,11 +91,11 @@ std::size_t PositionFromRight(std::wstring_view text, wchar_t charText, std::siz
   return 0;
 }
 
-std::wstring TrimChars(std::wstring_view text, wchar_t limitChar) {
+std::wstring TrimChars(std::wstring text, wchar_t limitChar) {
   const auto stays = [limitChar](wchar_t c) { return c > limitChar; };
-  const auto first = std::find_if(text.begin(), text.end(), stays);
-  const auto last = std::find_if(text.rbegin(), std::make_reverse_iterator(first), stays);
-  return {first, last.base()};
+  text.erase(std::find_if(text.rbegin(), text.rend(), stays).base(), text.end());
+  text.erase(text.begin(), std::find_if(text.begin(), text.end(), stays));
+  return text;
 }
 
 std::wstring GetWindowsDir(FileSystem& files) { return files.WindowsDirectory(); }
@@ -105,18 +107,21 @@ bool IsFileInUse(FileSystem& files, const std::wstring& path) {
 }
 
 std::wstring CommandLineToFilePath(FileSystem& files, std::wstring_view commandLine) {
-  std::wstring path = ReplaceFirst(commandLine, L";", L"");
+  std::wstring path = ReplaceFirst(std::wstring(commandLine), L";", L"");
   CutAt(path, L'/');  // switches
-  path = ReplaceFirst(path, L"\\??\\", L"");
-  for (const auto* token : {L"%windir%", L"%systemroot%", L"%programfiles%"}) {
-    ExpandToken(files, path, token);
+  path = ReplaceFirst(std::move(path), L"\\??\\", L"");
+  // Folding the case of a text takes longer than all the rest here, and most texts have no token.
+  if (path.find(L'%') != kNone) {
+    for (const auto* token : {L"%windir%", L"%systemroot%", L"%programfiles%"}) {
+      ExpandToken(files, path, token);
+    }
   }
   ReplaceSystemRoot(files, path);
-  path = ReplaceFirst(path, L"%1", L"");
+  path = ReplaceFirst(std::move(path), L"%1", L"");
   CutAt(path, L',');  // a resource index or the entry point for rundll32
   // The first hyphen need not be the one that begins a switch. Rows have always been shown so.
   if (path.find(L" -") != kNone) CutAt(path, L'-');
-  path = TrimChars(path, L'"');
+  path = TrimChars(std::move(path), L'"');
   CutAt(path, L'"');  // arguments behind a quoted path
 
   // What stands before the drive letter, such as the program that a full path is given to.
@@ -124,7 +129,7 @@ std::wstring CommandLineToFilePath(FileSystem& files, std::wstring_view commandL
   if (colon != kNone && colon > 1) EraseFront(path, colon - 1);
 
   constexpr std::wstring_view rundll = L"rundll32.exe ";
-  if (LowerCase(path.substr(0, rundll.size())) == rundll) {
+  if (SameText(std::wstring_view(path).substr(0, rundll.size()), rundll)) {
     const std::wstring library = path.substr(rundll.size());
     if (!files.FileExists(library)) {
       for (const auto& folder : {GetWindowsDir(files), GetSystemDir(files)}) {

@@ -28,7 +28,7 @@ namespace tarvelin {
                                             std::size_t n);
 
 // `text` without the characters at both ends whose code is at most that of `limitChar`.
-[[nodiscard]] std::wstring TrimChars(std::wstring_view text, wchar_t limitChar);
+[[nodiscard]] std::wstring TrimChars(std::wstring text, wchar_t limitChar);
 
 [[nodiscard]] std::wstring GetWindowsDir(FileSystem& files);
 [[nodiscard]] std::wstring GetSystemDir(FileSystem& files);

@@ -2,10 +2,10 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "common/text.h"
 
@@ -30,9 +30,8 @@ class FileSystem {
   [[nodiscard]] virtual std::wstring FullPath(const std::wstring& path) = 0;
 
   // The names that match a pattern such as "C:\folder\*.*", hidden and system entries, "." and ".."
-  // included, in the order of the file system (FindFirstFileW). `found` gets each name in turn.
-  virtual void ForEachEntry(const std::wstring& pattern,
-                            const std::function<void(const std::wstring& name)>& found) = 0;
+  // included, in the order of the file system (FindFirstFileW).
+  [[nodiscard]] virtual std::vector<std::wstring> EntryNames(const std::wstring& pattern) = 0;
 
   // The bytes of a file, nullopt when it cannot be read.
   [[nodiscard]] virtual std::optional<Bytes> ReadWholeFile(const std::wstring& path) = 0;

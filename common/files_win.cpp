@@ -31,15 +31,16 @@ class WindowsFiles : public FileSystem {
     });
   }
 
-  void ForEachEntry(const std::wstring& pattern,
-                    const std::function<void(const std::wstring&)>& found) override {
+  std::vector<std::wstring> EntryNames(const std::wstring& pattern) override {
+    std::vector<std::wstring> names;
     WIN32_FIND_DATAW entry{};
     const UniqueFind search(FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &entry,
                                              FindExSearchNameMatch, nullptr, 0));
-    if (!search) return;
+    if (!search) return names;
     do {
-      found(entry.cFileName);
+      names.emplace_back(entry.cFileName);
     } while (FindNextFileW(search.Get(), &entry));
+    return names;
   }
 
   std::optional<Bytes> ReadWholeFile(const std::wstring& path) override {

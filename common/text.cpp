@@ -57,11 +57,10 @@ std::wstring_view Trim(std::wstring_view text) {
   return text;
 }
 
-std::wstring ReplaceFirst(std::wstring_view text, std::wstring_view from, std::wstring_view to) {
-  std::wstring result(text);
-  const auto at = from.empty() ? std::wstring::npos : result.find(from);
-  if (at != std::wstring::npos) result.replace(at, from.size(), to);
-  return result;
+std::wstring ReplaceFirst(std::wstring text, std::wstring_view from, std::wstring_view to) {
+  const auto at = from.empty() ? std::wstring::npos : text.find(from);
+  if (at != std::wstring::npos) text.replace(at, from.size(), to);
+  return text;
 }
 
 std::wstring ReplaceAll(std::wstring_view text, std::wstring_view from, std::wstring_view to) {
@@ -76,7 +75,7 @@ std::wstring ReplaceAll(std::wstring_view text, std::wstring_view from, std::wst
 }
 
 std::wstring FormatMessageText(std::wstring_view message, std::wstring_view argument) {
-  return ReplaceFirst(message, L"%s", argument);
+  return ReplaceFirst(std::wstring(message), L"%s", argument);
 }
 
 std::wstring ShortenedName(std::wstring_view name) {

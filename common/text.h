@@ -33,7 +33,7 @@ struct TextLess {
 
 // `text` with the first, or every, occurrence of `from` replaced by `to`; replaced text is not
 // searched again. An empty `from` replaces nothing.
-[[nodiscard]] std::wstring ReplaceFirst(std::wstring_view text, std::wstring_view from,
+[[nodiscard]] std::wstring ReplaceFirst(std::wstring text, std::wstring_view from,
                                         std::wstring_view to);
 [[nodiscard]] std::wstring ReplaceAll(std::wstring_view text, std::wstring_view from,
                                       std::wstring_view to);

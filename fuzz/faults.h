@@ -171,14 +171,8 @@ class FaultyPlatform {
     std::wstring FullPath(const std::wstring& path) override {
       return faults.Let([&] { return behind.FullPath(path); });
     }
-    void ForEachEntry(const std::wstring& pattern,
-                      const std::function<void(const std::wstring&)>& found) override {
-      const auto names = faults.Let([&] {
-        std::vector<std::wstring> all;
-        behind.ForEachEntry(pattern, [&](const std::wstring& name) { all.push_back(name); });
-        return all;
-      });
-      for (const auto& name : names) found(name);
+    std::vector<std::wstring> EntryNames(const std::wstring& pattern) override {
+      return faults.Let([&] { return behind.EntryNames(pattern); });
     }
     std::optional<Bytes> ReadWholeFile(const std::wstring& path) override {
       return faults.Let([&] { return behind.ReadWholeFile(path); });

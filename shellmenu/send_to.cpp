@@ -28,9 +28,7 @@ int ScanFolderToList(TPlatform& platform, TListView& list, TImageList& images,
   // Every name is taken before the first message is handled, so that no search handle is open while
   // the user's clicks do what they like, removing a row or closing the window among it. Another
   // listing of this page is not among it: the window sees to that.
-  std::vector<std::wstring> names;
-  platform.files.ForEachEntry(prefix + L"*.*",
-                              [&](const std::wstring& name) { names.push_back(name); });
+  const std::vector<std::wstring> names = platform.files.EntryNames(prefix + L"*.*");
   RowImages rowImages(platform, images);
   for (const std::wstring& name : names) {
     platform.display.ProcessMessages();

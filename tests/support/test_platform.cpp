@@ -28,9 +28,8 @@ bool FakeFiles::RemoveFile(const std::wstring& path) {
   return true;
 }
 
-void FakeFiles::ForEachEntry(const std::wstring& pattern,
-                             const std::function<void(const std::wstring&)>& found) {
-  for (const auto& name : entries[pattern]) found(name);
+std::vector<std::wstring> FakeFiles::EntryNames(const std::wstring& pattern) {
+  return entries[pattern];
 }
 
 std::optional<Bytes> FakeFiles::ReadWholeFile(const std::wstring& path) {

@@ -34,8 +34,7 @@ class FakeFiles : public FileSystem {
   }
   std::wstring FullPath(const std::wstring& path) override;
   bool RemoveFile(const std::wstring& path) override;
-  void ForEachEntry(const std::wstring& pattern,
-                    const std::function<void(const std::wstring&)>& found) override;
+  std::vector<std::wstring> EntryNames(const std::wstring& pattern) override;
   std::optional<Bytes> ReadWholeFile(const std::wstring& path) override;
   std::wstring DecodeAnsi(std::span<const std::byte> data) override;  // as Latin-1
   std::wstring ReadProfileText(const std::wstring& path, const std::wstring& section,

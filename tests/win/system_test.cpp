@@ -57,8 +57,7 @@ TEST_F(SystemTest, TellsFilesFromFoldersAndFreeOnesFromThoseInUse) {
     EXPECT_FALSE(files->RemoveFile(path));
   }
   SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM);
-  std::vector<std::wstring> names;
-  files->ForEachEntry(folder + L"\\*.*", [&](const auto& name) { names.push_back(name); });
+  std::vector<std::wstring> names = files->EntryNames(folder + L"\\*.*");
   std::sort(names.begin(), names.end());
   EXPECT_EQ(names, (std::vector<std::wstring>{L".", L"..", L"a.lngbak"}));
   EXPECT_TRUE(files->RemoveFile(path));

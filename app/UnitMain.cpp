@@ -83,11 +83,18 @@ void TFormMain::FillNavigation() {
   for (std::size_t icon = 0; icon < kCategoryIcons; ++icon) {
     imgListPublic.Add(IconOf(categories, icon));
   }
-  // The strip holds the icons in use, in the order of the pages.
+  // The strip holds the icons in use, in the order of the pages; all others are one empty image.
   const TPicture icons = LoadPicture(L"navigation.png");
+  int unused = -1;
   for (int image = 0; image < kNavigationIcons; ++image) {
     const auto page = std::ranges::find(PageTable(), image, &PageDescription::itemImage);
-    ImageList1.Add(IconOf(icons, static_cast<std::size_t>(page - PageTable().begin())));
+    if (page != PageTable().end()) {
+      ImageList1.Add(IconOf(icons, static_cast<std::size_t>(page - PageTable().begin())));
+    } else if (unused >= 0) {
+      ImageList1.AddCopy(unused);
+    } else {
+      unused = ImageList1.Add(IconOf({}, 0));
+    }
   }
 
   RzGroupBar.anchor = Anchor::Both;

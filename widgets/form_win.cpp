@@ -28,8 +28,7 @@ BOOL CALLBACK PassOn(HWND child, LPARAM parameter) {
 FormWindow::FormWindow(TForm& form, PeerContext& context, const FormFrame& frame)
     : WindowPeer(form, {context, *this, nullptr}),
       frame_(frame),
-      style_(WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN |
-             (frame.owner ? WS_POPUP : WS_OVERLAPPED | WS_MINIMIZEBOX)) {
+      style_(WS_CAPTION | WS_SYSMENU | (frame.owner ? WS_POPUP : WS_OVERLAPPED | WS_MINIMIZEBOX)) {
   CreateOwn({(L"T" + form.Name()).c_str(), style_, WS_EX_CONTROLPARENT, 0, frame.owner});
   FollowWindow();
   context.loop.AddForm(Handle());
@@ -65,8 +64,15 @@ void FormWindow::FollowWindow() {
 
 // ---- Showing and closing ----
 
+// Of a window that clips its children Windows erases all of them as it shows it, each in a turn of
+// its own, and again when each is painted. So this one clips them from then on.
+void FormWindow::Appear(int command) {
+  ShowWindow(Handle(), command);
+  SetWindowLongPtrW(Handle(), GWL_STYLE, GetWindowLongPtrW(Handle(), GWL_STYLE) | WS_CLIPCHILDREN);
+}
+
 void FormWindow::Show() {
-  ShowWindow(Handle(), SW_SHOWNORMAL);
+  Appear(SW_SHOWNORMAL);
   SetForegroundWindow(Handle());
 }
 
@@ -75,7 +81,7 @@ void FormWindow::RunModal() {
   WindowPeer::Apply(Change::Bounds);  // the owner may have moved to another monitor
   modal_ = true;
   EnableWindow(frame_.owner, FALSE);
-  ShowWindow(Handle(), SW_SHOW);
+  Appear(SW_SHOW);
   SetCursor(LoadCursorW(nullptr, IDC_ARROW));
   site_.context.commands.Listen(
       [this] { site_.context.loop.RunUntil([this] { return !component_.Visible(); }); });

@@ -28,6 +28,7 @@ class FormWindow : public WindowPeer<TForm, ContainerWindow, FormPeer>, public F
  private:
   void FollowWindow();
   void RestoreFocus();
+  void Appear(int command);  // of ShowWindow
   void Hide();
   void EndProgram();  // when this is the main window
   [[nodiscard]] LRESULT DefaultButtonId() const;

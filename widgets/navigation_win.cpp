@@ -141,7 +141,7 @@ LRESULT NavigationButton::Process(UINT message, WPARAM wParam, LPARAM lParam) {
 std::optional<LRESULT> NavigationButton::Reflected(UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_DRAWITEM) {
     const auto& item = *reinterpret_cast<const DRAWITEMSTRUCT*>(lParam);
-    DrawGround(BufferedDc(item.hDC, item.rcItem).Get(), item.rcItem);
+    DrawGround(BufferedDc(item.hDC, item.rcItem, WasPainted()).Get(), item.rcItem);
     const CaptionLine line = CaptionIn(item.rcItem);
     DrawTextLine(item.hDC, line.font, line.color, line.text, line.place);
     if (FocusShown()) {

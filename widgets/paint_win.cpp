@@ -86,10 +86,10 @@ void DrawTextLine(HDC dc, HFONT font, COLORREF color, const std::wstring& text, 
             DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS | placement);
 }
 
-BufferedDc::BufferedDc(HDC target, const RECT& area) : target_(target), area_(area) {
+BufferedDc::BufferedDc(HDC target, const RECT& area, bool buffered) : target_(target), area_(area) {
   const int width = area.right - area.left;
   const int height = area.bottom - area.top;
-  if (width <= 0 || height <= 0) return;
+  if (!buffered || width <= 0 || height <= 0) return;
   memory_.Reset(CreateCompatibleDC(target));
   bitmap_.Reset(CreateCompatibleBitmap(target, width, height));
   if (!memory_ || !bitmap_) {

@@ -238,13 +238,7 @@ LRESULT ContainerWindow::Process(UINT message, WPARAM wParam, LPARAM lParam) {
       return TRUE;
     case WM_PAINT: {
       const PaintGuard paint(Handle());
-      // What was not there before cannot flicker, and memory for all of a window takes its part of
-      // the start.
-      if (!control_.Parent() && !std::exchange(painted_, true)) {
-        PaintGround(paint.Get(), paint.Area());
-      } else {
-        PaintGround(BufferedDc(paint.Get(), paint.Area()).Get(), paint.Area());
-      }
+      PaintGround(BufferedDc(paint.Get(), paint.Area(), WasPainted()).Get(), paint.Area());
       PaintChildren(control_, paint.Get(), &Graphic::PaintText);
       return 0;
     }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "widgets/components.h"
 #include "widgets/paint_win.h"
@@ -87,6 +88,9 @@ class Window {
   void Run(const std::function<void()>& command);
   void Report(const std::function<void()>& report) { site_.context.commands.Report(report); }
   void Invalidate() { InvalidateRect(handle_, nullptr, FALSE); }
+  // Whether this window was painted before, which it counts as from then on. What was not there
+  // before cannot flicker, and memory for painting it takes its part of the start.
+  [[nodiscard]] bool WasPainted() { return std::exchange(painted_, true); }
 
   TControl& control_;
   const Site site_;
@@ -102,6 +106,7 @@ class Window {
 
   HWND handle_ = nullptr;
   WNDPROC former_ = nullptr;  // of a system class
+  bool painted_ = false;
 };
 
 // A control without a window of its own, painted by the window that it lies in: first what is no
@@ -139,7 +144,6 @@ class ContainerWindow : public Window {
   void PaintGround(HDC dc, const RECT& area);
 
   std::function<void()> fill_;
-  bool painted_ = false;
 };
 
 // Joins a window with its component and the interface through which that speaks to it.

@@ -31,26 +31,29 @@ void TValueLines::Add(std::wstring_view line) {
   const auto value =
       equals == std::wstring_view::npos ? std::wstring_view() : Trim(line.substr(equals + 1));
   lines_.emplace_back(key, value);
-  // Of lines with the same key the first counts, as in the profile files of Windows.
-  index_.try_emplace(UpperCase(key), lines_.size() - 1);
 }
 
-void TValueLines::Clear() {
-  lines_.clear();
-  index_.clear();
+std::unordered_map<std::wstring, std::size_t>& TValueLines::Index() const {
+  // Of lines with the same key the first counts, as in the profile files of Windows.
+  for (; indexed_ < lines_.size(); ++indexed_) {
+    index_.try_emplace(UpperCase(lines_[indexed_].first), indexed_);
+  }
+  return index_;
 }
 
 bool TValueLines::Contains(std::wstring_view key) const { return Value(key) != nullptr; }
 
 const std::wstring* TValueLines::Value(std::wstring_view key) const {
-  const auto found = index_.find(UpperCase(key));
-  return found == index_.end() ? nullptr : &lines_[found->second].second;
+  const auto& index = Index();
+  const auto found = index.find(UpperCase(key));
+  return found == index.end() ? nullptr : &lines_[found->second].second;
 }
 
 void TValueLines::Set(std::wstring_view key, std::wstring_view value) {
-  const auto [position, added] = index_.try_emplace(UpperCase(key), lines_.size());
+  const auto [position, added] = Index().try_emplace(UpperCase(key), lines_.size());
   if (added) {
     lines_.emplace_back(key, value);
+    ++indexed_;
   } else {
     lines_[position->second].second = value;
   }

@@ -15,7 +15,6 @@ namespace tarvelin {
 class TValueLines {
  public:
   void Add(std::wstring_view line);  // "key=value", or a key alone
-  void Clear();
   [[nodiscard]] bool Contains(std::wstring_view key) const;
   // The value of a key; null when the key is not there, empty for a key without "=".
   [[nodiscard]] const std::wstring* Value(std::wstring_view key) const;
@@ -25,8 +24,13 @@ class TValueLines {
   }
 
  private:
+  // Folded key -> line. It follows the lines when a key is looked up: at the start each language
+  // is loaded, and only its name is asked for.
+  std::unordered_map<std::wstring, std::size_t>& Index() const;
+
   std::vector<std::pair<std::wstring, std::wstring>> lines_;
-  std::unordered_map<std::wstring, std::size_t> index_;  // folded key -> line
+  mutable std::unordered_map<std::wstring, std::size_t> index_;
+  mutable std::size_t indexed_ = 0;  // lines that the index knows
 };
 
 class TExtIniFile {

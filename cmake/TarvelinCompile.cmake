@@ -39,7 +39,8 @@ if(MINGW)
                    -Wl,--major-os-version=6,--minor-os-version=1
                    -Wl,--major-subsystem-version=6,--minor-subsystem-version=1)
   if(TARVELIN_ARCH STREQUAL x64)
-    add_link_options(-Wl,--high-entropy-va)
+    # Sections that lie in the file as in memory are mapped there by Wine too, which reads others.
+    add_link_options(-Wl,--high-entropy-va -Wl,--file-alignment,4096)
   endif()
 endif()
 

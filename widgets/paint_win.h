@@ -44,12 +44,12 @@ void DrawTextLine(HDC dc, HFONT font, COLORREF color, const std::wstring& text, 
 // program it is drawn sharply on the window itself only, and what comes from memory is stretched.
 class BufferedDc {
  public:
-  BufferedDc(HDC target, const RECT& area, bool buffered = true);
+  BufferedDc(HDC target, const RECT& area, bool buffered);
   BufferedDc(const BufferedDc&) = delete;
   BufferedDc& operator=(const BufferedDc&) = delete;
   ~BufferedDc();
-  // Coordinates are those of the target. It is the target itself when nothing is
-  // to be buffered, or memory is short.
+  // Coordinates are those of the target. It is the target itself when nothing is to be
+  // buffered, or memory is short.
   [[nodiscard]] HDC Get() const { return memory_ ? memory_.Get() : target_; }
 
  private:

@@ -49,7 +49,7 @@ echo "== Measuring (load $before)"
 # from one to seven times as long, by chance, as if each turn might have to wake the other one; what
 # the program does itself vanished behind that. On one processor a program that the server's answer
 # wakes may interrupt the server before it is back at rest, and has to let it run once more later on.
-# How often that happened hung on how long either had run before, which was nearly a third more switches
+# How often that happened hung on how long either had run before, up to nearly a third more switches
 # for the same calls; as batch processes they do not interrupt each other.
 one=(chrt --batch 0 taskset -c "$(taskset -cp $$ | sed 's/.*: //; s/[-,].*//')")
 
